@@ -3,7 +3,24 @@
 
 # How every target of the project is compiled, and the helpers that declare them.
 
+include(CheckLinkerFlag)
 include(GenerateExportHeader)
+
+if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
+    set(CMAKE_BUILD_TYPE Release CACHE STRING "The kind of build" FORCE)
+endif()
+
+# An installed tree works wherever it is moved to.
+set(CMAKE_INSTALL_RPATH "$ORIGIN;$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
+
+# The many small test programs are linked in no time by mold; any linker does.
+if(WMSG_DEVELOPER)
+    set(CMAKE_VERIFY_INTERFACE_HEADER_SETS ON)
+    check_linker_flag(CXX -fuse-ld=mold WMSG_HAVE_MOLD)
+    if(WMSG_HAVE_MOLD)
+        add_link_options(-fuse-ld=mold)
+    endif()
+endif()
 
 # Options for our own sources alone; nothing of this reaches a consumer.
 function(wmsg_compile_options target)
@@ -43,8 +60,8 @@ function(wmsg_add_sdk_library)
         FILES ${PROJECT_BINARY_DIR}/include/wmsg_export.h)
     target_include_directories(wmsg INTERFACE $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/wmsg>)
     target_link_libraries(wmsg
-        PUBLIC Qt6::Core Qt6::Network
-        PRIVATE wmsg::system wmsg::mimetype)
+        PUBLIC Qt6::Core Qt6::Network wmsg::system
+        PRIVATE wmsg::mimetype)
 endfunction()
 
 # Headers of the current folder that are installed.
@@ -53,12 +70,30 @@ function(wmsg_public_headers)
     target_sources(wmsg PUBLIC FILE_SET HEADERS BASE_DIRS ${PROJECT_SOURCE_DIR} FILES ${ARGN})
 endfunction()
 
+# Reading the Qt headers is most of the time that a test takes to compile: all tests share one compiled
+# copy. A compiler cache wins more, and cannot see through precompiled headers.
+function(wmsg_share_test_headers target)
+    if(CMAKE_CXX_COMPILER_LAUNCHER)
+        return()
+    endif()
+    if(NOT TARGET wmsg-test-headers)
+        file(CONFIGURE OUTPUT ${PROJECT_BINARY_DIR}/test_headers.cpp CONTENT "// Holds nothing.\n")
+        add_library(wmsg-test-headers OBJECT ${PROJECT_BINARY_DIR}/test_headers.cpp)
+        wmsg_compile_options(wmsg-test-headers)
+        set_target_properties(wmsg-test-headers PROPERTIES AUTOMOC OFF)
+        target_link_libraries(wmsg-test-headers PRIVATE Qt6::Test Qt6::Network)
+        target_precompile_headers(wmsg-test-headers PRIVATE <QtTest/QtTest>)
+    endif()
+    target_precompile_headers(${target} REUSE_FROM wmsg-test-headers)
+endfunction()
+
 # One test program per source; its name is the source's. ENVIRONMENT and LIBS are optional.
 function(wmsg_add_test source)
     cmake_parse_arguments(ARG "" "RESOURCE_LOCK" "LIBS;SOURCES;LABELS;ENVIRONMENT" ${ARGN})
     get_filename_component(name ${source} NAME_WE)
     add_executable(${name} ${source} ${ARG_SOURCES})
     wmsg_compile_options(${name})
+    wmsg_share_test_headers(${name})
     target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR})
     target_compile_definitions(${name} PRIVATE WMSG_TEST_DATA="${PROJECT_SOURCE_DIR}/tests/data")
     target_link_libraries(${name} PRIVATE wmsg wmsg::system wmsg::mimetype Qt6::Test ${ARG_LIBS})
