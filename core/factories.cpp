@@ -1,0 +1,29 @@
+// SPDX-FileCopyrightText: 2026 The wmsg authors
+// SPDX-License-Identifier: Apache-2.0
+
+// The one file of core/ that names concrete messages and sessions.
+
+#include "core/wmfmmsg.h"
+#include "core/wmfmsession.h"
+
+WMFMMsg *WMFMMsg::factory(WMFM::MSG_TYPE_T type)
+{
+    switch (type) {
+    case WMFM::MSG_TYPE_MMS:
+    case WMFM::MSG_TYPE_SMS:
+        break;
+    }
+    return nullptr;
+}
+
+WMFMSession *WMFMSession::open(WMFM::MSG_TYPE_T type, WMFM::STATUS_T &status)
+{
+    status = WMFM::STATUS_INVALID_PARAM;
+    switch (type) {
+    case WMFM::MSG_TYPE_MMS:
+    case WMFM::MSG_TYPE_SMS:
+        status = WMFM::STATUS_FAIL;
+        break;
+    }
+    return nullptr;
+}
