@@ -23,12 +23,18 @@ namespace wmsg::log {
 
 inline constexpr int kHighestPrintedLevel = 7;
 
-/// Tells whether a line of `level` would reach a reader; false also while the discard stream is
-/// set.
+/// Tells whether what is logged goes to the discard stream. Asked for every line, so the stream is
+/// fetched once.
+[[nodiscard]] inline bool isDiscarded()
+{
+    static FILE *const discardStream = appLogDiscardStream();
+    return appLogModuleStream == discardStream;
+}
+
+/// Tells whether a line of `level` would reach a reader.
 [[nodiscard]] inline bool isPrinted(int level)
 {
-    return level >= 0 && level <= kHighestPrintedLevel
-        && appLogModuleStream != appLogDiscardStream();
+    return level >= 0 && level <= kHighestPrintedLevel && !isDiscarded();
 }
 
 [[maybe_unused]] __attribute__((format(printf, 2, 3))) static void print(int level,
@@ -73,12 +79,17 @@ template <typename T> PlainArgument<T> argument(const T &value)
 }
 inline PlainArgument<const char *> argument(const char *text)
 {
-    return PlainArgument<const char *>(text);
+    return PlainArgument<const char *>(text ? text : "");
+}
+inline PlainArgument<const char *> argument(const QByteArray &text)
+{
+    return PlainArgument<const char *>(text.constData());
 }
 
 } // namespace wmsg::log
 
-/// Logs one line. QString arguments stand for "%s"; they are converted only when the line is
+/// logLine prints one line when its level is printed. A QString, a QByteArray or a `const char *`
+/// stands for "%s", a null one prints nothing; a QString is converted only when the line is
 /// printed.
 template <typename... Arguments>
 static inline void logLine(int level, const char *format, const Arguments &...arguments)

@@ -1,0 +1,79 @@
+// SPDX-FileCopyrightText: 2026 The wmsg authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "core/wmfmmsg.h"
+#include "core/wmfmsession.h"
+
+#include <QtTest/QtTest>
+
+#include <memory>
+
+class TestFactories : public QObject {
+    Q_OBJECT
+
+private slots:
+    void noMessageOfAnUnknownType_data();
+    void noMessageOfAnUnknownType();
+    void noShortMessageYet();
+    void noSessionOfAnUnknownType_data();
+    void noSessionOfAnUnknownType();
+    void noSessionYet_data();
+    void noSessionYet();
+};
+
+static void addUnknownTypes()
+{
+    QTest::addColumn<int>("type");
+    for (int type : {2, 7, 127, 255, 256, 257, 65536, -1, INT_MAX, INT_MIN}) {
+        QTest::addRow("%d", type) << type;
+    }
+}
+
+void TestFactories::noMessageOfAnUnknownType_data()
+{
+    addUnknownTypes();
+}
+
+void TestFactories::noMessageOfAnUnknownType()
+{
+    QFETCH(int, type);
+    QVERIFY(!WMFMMsg::factory(WMFM::MSG_TYPE_T(type)));
+}
+
+void TestFactories::noShortMessageYet()
+{
+    QVERIFY(!WMFMMsg::factory(WMFM::MSG_TYPE_SMS));
+}
+
+void TestFactories::noSessionOfAnUnknownType_data()
+{
+    addUnknownTypes();
+}
+
+void TestFactories::noSessionOfAnUnknownType()
+{
+    QFETCH(int, type);
+    for (int before : {0, 99}) {
+        WMFM::STATUS_T status = WMFM::STATUS_T(before);
+        QVERIFY(!WMFMSession::open(WMFM::MSG_TYPE_T(type), status));
+        QCOMPARE(int(status), 15);
+    }
+}
+
+void TestFactories::noSessionYet_data()
+{
+    QTest::addColumn<int>("type");
+    QTest::newRow("multimedia messages") << 0;
+    QTest::newRow("short messages") << 1;
+}
+
+void TestFactories::noSessionYet()
+{
+    QFETCH(int, type);
+    WMFM::STATUS_T status = WMFM::STATUS_OK;
+    QVERIFY(!WMFMSession::open(WMFM::MSG_TYPE_T(type), status));
+    QCOMPARE(int(status), 127);
+}
+
+QTEST_GUILESS_MAIN(TestFactories)
+#include "tst_factories.moc"
