@@ -1,0 +1,63 @@
+# SPDX-FileCopyrightText: 2026 The wmsg authors
+# SPDX-License-Identifier: Apache-2.0
+
+# Each public class also has a header of its own name: #include <WMMSMsg>.
+
+set(WMSG_FORWARDING
+    qt2/qarray.h                 QArray
+    qt2/qcstring.h               QCString
+    qt2/qvaluelist.h             QValueList
+
+    core/wmfm.h                  WMFM
+    core/wmfmentry.h             WMFMEntry
+    core/wmfmlistener.h          WMFMListener
+    core/wmfmmsg.h               WMFMMsg
+    core/wmfmsession.h           WMFMSession
+
+    mms/codec/mms_hdr_s.h        MMS_HDR_S
+    mms/codec/msg_field_mask.h   Msg_Field_Mask
+    mms/codec/msgfieldbase.h     MsgFieldBase
+    mms/codec/wmmscontenttype.h  WMMSContentType
+    mms/codec/wsp_stream.h       WSP_Stream
+    mms/codec/fields.h           Field_Bcc
+    mms/codec/fields.h           Field_Cc
+    mms/codec/fields.h           Field_ContentLocation
+    mms/codec/fields.h           Field_ContentType
+    mms/codec/fields.h           Field_MsgDate
+    mms/codec/fields.h           Field_DeliveryReport
+    mms/codec/fields.h           Field_DeliveryTime
+    mms/codec/fields.h           Field_Expiry
+    mms/codec/fields.h           Field_From
+    mms/codec/fields.h           Field_MsgClass
+    mms/codec/fields.h           Field_MsgID
+    mms/codec/fields.h           Field_MsgType
+    mms/codec/fields.h           Field_Version
+    mms/codec/fields.h           Field_MsgSize
+    mms/codec/fields.h           Field_Priority
+    mms/codec/fields.h           Field_ReadReport
+    mms/codec/fields.h           Field_ReportAllowed
+    mms/codec/fields.h           Field_ResponseStatus
+    mms/codec/fields.h           Field_ResponseText
+    mms/codec/fields.h           Field_SenderVisibility
+    mms/codec/fields.h           Field_MsgStatus
+    mms/codec/fields.h           Field_Subject
+    mms/codec/fields.h           Field_To
+    mms/codec/fields.h           Field_TID
+
+    platform/application/wapplication.h             WApplication
+    platform/mimetype/am_mimetype.h                 AM_MimeType
+    platform/mimetype/util_mimetype.h               UTIL_MimeType
+    platform/timeconversion/util_timeconversion.h   UTIL_TimeConversion
+)
+
+# Writes the forwarding headers into the build tree and adds them to what the library installs.
+function(wmsg_forwarding_headers)
+    set(rows ${WMSG_FORWARDING})
+    set(written)
+    while(rows)
+        list(POP_FRONT rows header name)
+        file(CONFIGURE OUTPUT ${PROJECT_BINARY_DIR}/include/${name} CONTENT "#include \"${header}\"\n")
+        list(APPEND written ${PROJECT_BINARY_DIR}/include/${name})
+    endwhile()
+    target_sources(wmsg PUBLIC FILE_SET generated FILES ${written})
+endfunction()

@@ -1,0 +1,30 @@
+# SPDX-FileCopyrightText: 2026 The wmsg authors
+# SPDX-License-Identifier: Apache-2.0
+
+# The checks of the source text, as tests: `ctest -L lint`.
+
+find_package(Python3 REQUIRED COMPONENTS Interpreter)
+
+# One test per script; more arguments are handed to it.
+function(wmsg_lint name)
+    add_test(NAME lint_${name}
+        COMMAND Python3::Interpreter ${PROJECT_SOURCE_DIR}/cmake/check_${name}.py ${ARGN})
+    set_tests_properties(lint_${name} PROPERTIES
+        LABELS lint TIMEOUT 600 ENVIRONMENT PYTHONDONTWRITEBYTECODE=1)
+endfunction()
+
+wmsg_lint(format)
+wmsg_lint(forwarding)
+wmsg_lint(functions)
+wmsg_lint(kept)
+wmsg_lint(layers)
+wmsg_lint(spdx)
+wmsg_lint(symbols $<TARGET_FILE:wmsg>)
+wmsg_lint(tidy ${PROJECT_BINARY_DIR})
+wmsg_lint(words)
+
+# The analyser keeps all processors busy by itself.
+set_tests_properties(lint_tidy PROPERTIES PROCESSORS 2 TIMEOUT 1500 COST 1000)
+
+add_test(NAME lint_test COMMAND Python3::Interpreter ${PROJECT_SOURCE_DIR}/cmake/lint_test.py)
+set_tests_properties(lint_test PROPERTIES LABELS lint ENVIRONMENT PYTHONDONTWRITEBYTECODE=1)

@@ -1,0 +1,253 @@
+#!/usr/bin/env python3
+# SPDX-FileCopyrightText: 2026 The wmsg authors
+# SPDX-License-Identifier: Apache-2.0
+
+"""Tests of the lint scripts: each is fed samples that it must refuse and samples that it must let pass."""
+
+import pathlib
+import tempfile
+import unittest
+
+import check_format
+import check_forwarding
+import check_functions
+import check_kept
+import check_layers
+import check_spdx
+import check_symbols
+import check_tidy
+import check_words
+import lint_files
+
+
+class Layers(unittest.TestCase):
+    BELOW = {
+        "qt2/CMakeLists.txt": "wmsg_public_headers(\n    qarray.h)\n",
+        "qt2/qarray.h": "",
+        "core/log.h": "",
+        "core/CMakeLists.txt": "wmsg_public_headers(wmfm.h)\n",
+        "core/wmfm.h": "",
+        "mms/codec/wmmscontenttype.h": "",
+        "mms/codec/wsp_stream.h": "",
+        "mms/model/mail_file.h": "",
+        "platform/applog/applog.h": "",
+        "drm/wmmsdrmutil.h": "",
+    }
+
+    def problems(self, path, text):
+        return check_layers.check({**self.BELOW, path: text})
+
+    def refuses(self, path, text, words):
+        problems = self.problems(path, text)
+        self.assertEqual(len(problems), 1, problems)
+        self.assertIn(words, problems[0])
+
+    def passes(self, path, text):
+        self.assertEqual(self.problems(path, text), [])
+
+    def test_an_include_downwards_passes(self):
+        self.passes("mms/codec/a.cpp", '#include "core/log.h"\n#include <QtCore/QString>\n#include "wmsg_export.h"\n')
+
+    def test_an_include_upwards_is_refused(self):
+        self.refuses("mms/codec/a.cpp", '\n#include "mms/model/mail_file.h"\n', "a.cpp:2: mms/model/mail_file.h is not")
+        self.refuses("qt2/a.cpp", '#  include "core/wmfm.h"\n', "is not below qt2")
+        self.refuses("platform/applog/a.cpp", '#include "core/wmfm.h"\n', "is not below platform")
+
+    def test_a_single_header_is_open_where_its_room_is_not(self):
+        self.passes("util/a.cpp", '#include "mms/codec/wmmscontenttype.h"\n')
+        self.refuses("util/a.cpp", '#include "mms/codec/wsp_stream.h"\n', "is not below util")
+
+    def test_only_doors_look_up(self):
+        self.passes("core/factories.cpp", '#include "mms/model/mail_file.h"\n')
+        self.refuses("core/other.cpp", '#include "mms/model/mail_file.h"\n', "is not below core")
+        self.passes("mms/model/wmmsmsg_drm.cpp", '#include "drm/wmmsdrmutil.h"\n')
+        self.refuses("mms/model/wmmsmsg.cpp", '#include "drm/wmmsdrmutil.h"\n', "is not below mms/model")
+
+    def test_unknown_folders_are_refused(self):
+        self.refuses("helpers/a.cpp", "", "lies in no known room")
+        self.refuses("a.cpp", "", "lies in no known room")
+
+    def test_includes_are_written_from_the_root(self):
+        self.refuses("core/a.cpp", '#include "wmfm.h"\n', "is no file of ours, seen from the root")
+        self.refuses("core/a.cpp", '#include "core/gone.h"\n', "does not exist")
+        self.refuses("core/a.cpp", "#include <core/wmfm.h>\n", "with quotes")
+
+    def test_public_headers_are_there_and_include_public_ones(self):
+        self.refuses("core/wmfm.h", '#include "core/log.h"\n', "is not installed, and this header is")
+        self.passes("core/wmfm.h", '#include "qt2/qarray.h"\n#include "platform/applog/applog.h"\n')
+        self.refuses("sms/CMakeLists.txt", "wmsg_public_headers(gone.h)\n", "sms/gone.h: declared as public")
+
+    def test_tools_see_what_is_installed(self):
+        self.passes("tools/wmsg/a.cpp", "#include <core/wmfm.h>\n#include <WMFMMsg>\n")
+        self.refuses("tools/wmsg/a.cpp", '#include "core/wmfm.h"\n', "include installed headers with <>")
+        self.refuses("tools/wmsg/a.cpp", "#include <core/log.h>\n", "is not installed")
+
+    def test_tests_see_everything(self):
+        self.passes("tests/core/tst_a.cpp", '#include "core/log.h"\n#include "tst_a.moc"\n')
+
+
+class Spdx(unittest.TestCase):
+    LINES = "SPDX-FileCopyrightText: 2026 The wmsg authors", "SPDX-License-Identifier: Apache-2.0"
+
+    def test_both_lines_come_first(self):
+        slashes, hashes = ("".join(f"{mark} {line}\n" for line in self.LINES) for mark in ("//", "#"))
+        for path, text in {"a.h": slashes, "CMakeLists.txt": hashes, "run": "#!/bin/sh\n" + hashes,
+                           "tests/data/a.h": "", "README.md": ""}.items():
+            self.assertEqual(check_spdx.check({path: text}), [], path)
+        for path, text in {"a.h": "#pragma once\n" + slashes, "a.cpp": slashes.partition("\n")[0],
+                           "CMakeLists.txt": "", "run": "#!/bin/sh\n", "b.py": "import re\n" + hashes}.items():
+            self.assertEqual(len(check_spdx.check({path: text})), 1, path)
+
+
+class Words(unittest.TestCase):
+    def test_what_a_reader_cannot_follow_is_refused(self):
+        for line in ["as the " + "specification says", "see sp" + "ec.md", "as Part 4.2 says", "see section 7.1",
+                     "after RFC 2045", "in /home/ann/mail", "# TO" + "DO later", "// X" + "XX: odd", "not yet implemented",
+                     "// copy(data, size);", "//   return 0;", "// m_size = 4;", "//}"]:
+            self.assertEqual(len(check_words.check({"core/a.cpp": f"first\n{line}\n"})), 1, line)
+
+    def test_plain_words_pass(self):
+        for line in ["TODO(#12): more", 'name = "XXX"', "a special part", "two parts", "/usr/share/mime", "${root}/work/x",
+                     "// The length is read and not used; the rest follows.", "// see writeByte();",
+                     "/// Part of the message;", "specific", "version 4.2"]:
+            self.assertEqual(check_words.check({"core/a.cpp": line}), [], line)
+
+    def test_a_problem_names_its_line(self):
+        problem, = check_words.check({"a.md": "one\ntwo FIX" + "ME\n"})
+        self.assertTrue(problem.startswith("a.md:2: "), problem)
+
+
+class Kept(unittest.TestCase):
+    def problems(self, comment, test):
+        return check_kept.check({"core/a.cpp": comment, "tests/core/tst_a.cpp": test})
+
+    def test_the_words_stand_in_a_test(self):
+        comment = "    // Kept: the Length is\n    //   read, not used. Always.\n    f();\n"
+        self.assertEqual(self.problems(comment, '{"the length  is read", 1}'), [])
+        self.assertEqual(self.problems(comment, "// The length\n// is read."), [])
+        self.assertEqual(self.problems("/// Kept: version 1.0 stays. Yes.", '"version 1.0 stays"'), [])
+
+    def test_missing_words_are_refused(self):
+        problem, = self.problems("x\n// Kept: 32 and more is a length, not an error.\n", '"32 and less"')
+        self.assertEqual(problem, 'core/a.cpp:2: no test under tests/ has the words "32 and more is a length"')
+
+    def test_words_elsewhere_do_not_count(self):
+        tree = {"core/a.cpp": "// Kept: it is so.\n", "core/b.cpp": "// it is so\n", "tests/a.cpp": "// it was so\n"}
+        self.assertEqual(len(check_kept.check(tree)), 1)
+
+    def test_saying_nothing_is_refused(self):
+        self.assertEqual(len(self.problems("// Kept:\nint a;\n", "")), 1)
+
+
+class Functions(unittest.TestCase):
+    def function(self, lines, head="int f()"):
+        return f"int before;\n\n{head}\n{{\n" + "    g();\n" * (lines - 2) + "}\n\nint after()\n{\n}\n"
+
+    def test_sixty_lines_pass(self):
+        self.assertEqual(check_functions.check({"a.cpp": self.function(60)}), [])
+
+    def test_sixty_one_lines_are_refused(self):
+        for head in ["int f()", "A::A()\n    : m_a(1)", "int A::f() const"]:
+            problem, = check_functions.check({"a.cpp": self.function(61, head)})
+            self.assertIn("a function of 61 lines", problem)
+
+    def test_a_long_table_is_no_function(self):
+        table = "static const Row kRows[] = {\n" + "    {1, 2},\n" * 200 + "};\n"
+        self.assertEqual(check_functions.check({"a.cpp": table}), [])
+
+
+class Symbols(unittest.TestCase):
+    LISTING = ("0000000000001000 T WMMSMsg::setSubject(QString const&)\n"
+               "0000000000001040 T WMMSMsg::WMMSMsg()\n"
+               "0000000000001040 T WMMSMsg::WMMSMsg()\n"
+               "0000000000001080 W void std::sort<int*>(int*, int*)\n"
+               "0000000000001090 W QList<int>::~QList()\n"
+               "0000000000004000 V vtable for WMMSMsg\n"
+               "0000000000004010 V typeinfo for std::exception\n"
+               "0000000000004020 V typeinfo for QEvent\n"
+               "0000000000005000 B __odr_asan.something\n"
+               "0000000000005010 T _init\n")
+
+    def test_only_our_names_are_seen(self):
+        self.assertEqual(check_symbols.owned(self.LISTING),
+                         ["WMMSMsg::WMMSMsg()", "WMMSMsg::setSubject(QString const&)", "vtable for WMMSMsg"])
+
+    def test_more_and_fewer_names_are_refused(self):
+        self.assertEqual(check_symbols.compare(["a()"], ["a()"]), [])
+        self.assertEqual(len(check_symbols.compare(["a()", "b()"], ["a()"])), 1)
+        self.assertEqual(len(check_symbols.compare(["a()"], ["a()", "b()"])), 1)
+
+
+class Forwarding(unittest.TestCase):
+    def tree(self, table):
+        return {"cmake/WmsgForwarding.cmake": f"set(WMSG_FORWARDING\n{table})\n",
+                "core/CMakeLists.txt": "wmsg_public_headers(wmfm.h)\n",
+                "core/wmfm.h": "class WMSG_EXPORT WMFM {\n};\nclass WMFMOther;\n",
+                "core/log.h": "class Private {\n};\n"}
+
+    def test_each_public_class_has_its_header(self):
+        self.assertEqual(check_forwarding.check(self.tree("    core/wmfm.h WMFM\n")), [])
+
+    def test_missing_wrong_and_left_over_rows_are_refused(self):
+        self.assertEqual(len(check_forwarding.check(self.tree(""))), 1)
+        self.assertEqual(len(check_forwarding.check(self.tree("    core/wmfm.h WMFM\n    core/wmfm.h Gone\n"))), 1)
+        self.assertEqual(len(check_forwarding.check(self.tree("    core/wmfm.h WMFM\n    core/log.h Private\n"))), 1)
+
+
+class Tools(unittest.TestCase):
+    def setUp(self):
+        holder = tempfile.TemporaryDirectory()
+        self.addCleanup(holder.cleanup)
+        self.root = pathlib.Path(holder.name)
+        for name in (".clang-format", ".clang-tidy"):
+            (self.root / name).write_text((lint_files.ROOT / name).read_text())
+
+    def write(self, name, text):
+        (self.root / name).parent.mkdir(parents=True, exist_ok=True)
+        (self.root / name).write_text(text)
+
+    def test_the_formatter_refuses_another_look(self):
+        self.write("good.cpp", "int f(char *text)\n{\n    return text[0];\n}\n")
+        self.write("bad.cpp", "int f(char* text) {\n  return text[0];\n}\n")
+        self.assertEqual(check_format.check(["good.cpp"], self.root), [])
+        self.assertEqual(len(check_format.check(["good.cpp", "bad.cpp"], self.root)), 1)
+
+    def test_the_analyser_refuses_a_missing_brace(self):
+        self.write("good.cpp", "int f(int a)\n{\n    return a;\n}\n")
+        self.write("bad.cpp", "int f(int a)\n{\n    if (a)\n        return 1;\n    return 2;\n}\n")
+        self.write("compile_commands.json", "[%s]" % ",".join(
+            '{"directory": "%s", "file": "%s.cpp", "command": "g++ -std=c++17 -c %s.cpp"}' % (self.root, name, name)
+            for name in ("good", "bad")))
+        program = check_tidy.analyser()
+        self.assertEqual(check_tidy.analyse(program, self.root / "good.cpp", self.root), "")
+        self.assertIn("readability-braces-around-statements",
+                      check_tidy.analyse(program, self.root / "bad.cpp", self.root))
+
+    def test_a_changed_header_is_a_new_fingerprint(self):
+        self.write("core/a.cpp", '#include "core/a.h"\n')
+        self.write("core/a.h", "#include <core/b.h>\n")
+        self.write("core/b.h", "int one;\n")
+        first = check_tidy.fingerprint("core/a.cpp", "g++", "14", self.root)
+        self.assertEqual(first, check_tidy.fingerprint("core/a.cpp", "g++", "14", self.root))
+        self.write("core/b.h", "int two;\n")
+        self.assertNotEqual(first, check_tidy.fingerprint("core/a.cpp", "g++", "14", self.root))
+        self.assertNotEqual(first, check_tidy.fingerprint("core/a.cpp", "g++", "15", self.root))
+
+
+class Files(unittest.TestCase):
+    def test_the_project_is_seen_and_build_folders_are_not(self):
+        names = lint_files.paths()
+        self.assertIn("CMakeLists.txt", names)
+        self.assertFalse([name for name in names if name.startswith("build/")])
+
+    def test_an_unpacked_archive_is_seen_too(self):
+        with tempfile.TemporaryDirectory() as folder:
+            root = pathlib.Path(folder)
+            for name in ("core/a.cpp", "build/core/b.cpp", "cmake/__pycache__/c.py"):
+                (root / name).parent.mkdir(parents=True, exist_ok=True)
+                (root / name).touch()
+            self.assertEqual(lint_files.paths(root), ["core/a.cpp"])
+
+
+if __name__ == "__main__":
+    unittest.main()
