@@ -6,7 +6,9 @@
 set(WMSG_FORWARDING
     qt2/qarray.h                 QArray
     qt2/qcstring.h               QCString
+    qt2/qcustomevent.h           QCustomEvent
     qt2/qvaluelist.h             QValueList
+    qt2/qwssocket.h              QWSSocket
 
     core/wmfm.h                  WMFM
     core/wmfmentry.h             WMFMEntry
@@ -43,6 +45,12 @@ set(WMSG_FORWARDING
     mms/codec/fields.h           Field_Subject
     mms/codec/fields.h           Field_To
     mms/codec/fields.h           Field_TID
+
+    mms/model/mms_util_tool.h    MMS_UTIL_Tool
+    mms/model/wmmsmsg.h          WMMSMsg
+    mms/model/wmmsmultipart.h    WMMSMultipart
+
+    util/mms_util_common.h       MMS_UTIL_Common
 
     platform/application/wapplication.h             WApplication
     platform/mimetype/am_mimetype.h                 AM_MimeType

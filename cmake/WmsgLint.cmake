@@ -28,3 +28,9 @@ set_tests_properties(lint_tidy PROPERTIES PROCESSORS 2 TIMEOUT 1500 COST 1000)
 
 add_test(NAME lint_test COMMAND Python3::Interpreter ${PROJECT_SOURCE_DIR}/cmake/lint_test.py)
 set_tests_properties(lint_test PROPERTIES LABELS lint ENVIRONMENT PYTHONDONTWRITEBYTECODE=1)
+
+# What is installed is whole: a project of its own finds it through CMake and through pkg-config.
+add_test(NAME installed_package
+    COMMAND Python3::Interpreter ${PROJECT_SOURCE_DIR}/tests/package/run.py
+        ${PROJECT_BINARY_DIR} ${CMAKE_INSTALL_LIBDIR} ${CMAKE_CXX_COMPILER} "${CMAKE_CXX_FLAGS}")
+set_tests_properties(installed_package PROPERTIES LABELS lint TIMEOUT 600)
