@@ -12,7 +12,8 @@
 
 static constexpr int kMegabyte = 1 << 20;
 #ifdef __SANITIZE_ADDRESS__
-extern "C" const char *__asan_default_options()
+// The sanitizer looks the function up by name.
+extern "C" Q_DECL_EXPORT const char *__asan_default_options()
 {
     return "allocator_may_return_null=1:max_allocation_size_mb=64";
 }
