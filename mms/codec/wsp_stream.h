@@ -114,7 +114,7 @@ public:
 
 private:
     WMSG_NO_EXPORT quint32 readCountedText(quint32 length, QString &out);
-    WMSG_NO_EXPORT quint32 writeText(QStringView text, QLatin1String suffix);
+    quint32 writeText(QStringView text, QLatin1String suffix);
     WMSG_NO_EXPORT quint32 writeUtf8(QStringView text);
 
     bool m_overflowed = false;
