@@ -5,11 +5,13 @@
 
 #include "core/wmfmmsg.h"
 #include "core/wmfmsession.h"
+#include "mms/model/wmmsmsg.h"
 
 WMFMMsg *WMFMMsg::factory(WMFM::MSG_TYPE_T type)
 {
     switch (type) {
     case WMFM::MSG_TYPE_MMS:
+        return new WMMSMsg;
     case WMFM::MSG_TYPE_SMS:
         break;
     }

@@ -48,7 +48,7 @@ void WMFMEntry::init()
 void WMFMEntry::init(unsigned char type, const QString &value, const QString &name)
 {
     init();
-    // Kept: an entry made with a type above 1 has type 127 and keeps its value and name.
+    // Kept: a type above 1 leaves 127, and the value and the name are set all the same.
     setEntryType(type);
     setEntryVal(value);
     setContactName(name);

@@ -16,6 +16,7 @@ bool WMFMSession::setListener(WMFMListener *listener, WMFM::STATUS_T &status)
         status = WMFM::STATUS_LISTENER_EXISTS;
         return false;
     }
+    // Kept: attaching null succeeds, and the session has no listener then.
     m_listener = listener;
     status = WMFM::STATUS_OK;
     return true;

@@ -3,6 +3,7 @@
 
 #include "core/wmfmmsg.h"
 #include "core/wmfmsession.h"
+#include "mms/model/wmmsmsg.h"
 
 #include <QtTest/QtTest>
 
@@ -12,6 +13,7 @@ class TestFactories : public QObject {
     Q_OBJECT
 
 private slots:
+    void multimediaMessage();
     void noMessageOfAnUnknownType_data();
     void noMessageOfAnUnknownType();
     void noShortMessageYet();
@@ -27,6 +29,23 @@ static void addUnknownTypes()
     for (int type : {2, 7, 127, 255, 256, 257, 65536, -1, INT_MAX, INT_MIN}) {
         QTest::addRow("%d", type) << type;
     }
+}
+
+void TestFactories::multimediaMessage()
+{
+    const std::unique_ptr<WMFMMsg> message(WMFMMsg::factory(WMFM::MSG_TYPE_MMS));
+    QVERIFY(message);
+    QCOMPARE(int(message->getMsgType()), 0);
+    auto *multimedia = dynamic_cast<WMMSMsg *>(message.get());
+    QVERIFY(multimedia);
+    QVERIFY(multimedia->getTo().isEmpty());
+    QVERIFY(!message->getFrom().isValid());
+    QVERIFY(message->setTo(WMFMEntry(1, "5")));
+    QCOMPARE(multimedia->getTo().size(), 1);
+
+    const std::unique_ptr<WMFMMsg> another(WMFMMsg::factory(WMFM::MSG_TYPE_MMS));
+    QVERIFY(another != message);
+    QVERIFY(static_cast<WMMSMsg *>(another.get())->getTo().isEmpty());
 }
 
 void TestFactories::noMessageOfAnUnknownType_data()

@@ -126,6 +126,7 @@ void TestWMFMSession::attachesOneListener()
 
 void TestWMFMSession::attachingNullSucceeds()
 {
+    // attaching null succeeds
     CountedSession session;
     PlainListener listener(&session);
     WMFM::STATUS_T status = kUntouched;
