@@ -59,21 +59,24 @@ qint64 QWSSocket::bytesToWrite() const
     return QLocalSocket::bytesToWrite() + m_kept.size();
 }
 
-/// Passes a failure on from the event loop: a failed connect is reported from inside the call that
-/// begins it, and a lost peer from inside flush(), where nobody expects a signal.
+/// Leaves the news to the event loop: a failed connect is reported from inside the call that begins
+/// it, and a lost peer from inside flush(), where nobody expects a signal.
 void QWSSocket::handleError(LocalSocketError code)
 {
-    const auto tell = [this, code, connection = m_connection] {
-        if (connection != m_connection) {
-            return;
-        }
-        if (code == PeerClosedError) {
-            Q_EMIT connectionClosed();
-        } else {
-            Q_EMIT error(static_cast<int>(code));
-        }
-    };
-    QMetaObject::invokeMethod(this, tell, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(this, "tell", Qt::QueuedConnection, Q_ARG(uint, m_connection),
+                              Q_ARG(int, static_cast<int>(code)));
+}
+
+void QWSSocket::tell(uint connection, int code)
+{
+    if (connection != m_connection) {
+        return;
+    }
+    if (code == PeerClosedError) {
+        Q_EMIT connectionClosed();
+    } else {
+        Q_EMIT error(code);
+    }
 }
 
 void QWSSocket::sendKept()

@@ -56,6 +56,7 @@ Q_SIGNALS:
     void connectionClosed();
 
 private:
+    Q_INVOKABLE void tell(uint connection, int code);
     void handleError(LocalSocketError code);
     void handleState(LocalSocketState state);
     void sendKept();
@@ -63,5 +64,5 @@ private:
     // What was written while the connection was being made.
     QByteArray m_kept;
     // Counts the connections, so that late news of an earlier one is dropped.
-    quint32 m_connection = 0;
+    uint m_connection = 0;
 };
