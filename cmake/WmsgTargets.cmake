@@ -32,6 +32,9 @@ function(wmsg_compile_options target)
         VISIBILITY_INLINES_HIDDEN ON
         AUTOMOC ON)
     target_compile_options(${target} PRIVATE -Wall -Wextra -Wshadow)
+    # Our own exported functions are not meant to be replaced from outside, so calls among them stay direct.
+    # The platform services are: they are libraries of their own.
+    target_compile_options(${target} PRIVATE -fno-semantic-interposition)
     if(WMSG_DEVELOPER)
         target_compile_options(${target} PRIVATE -Werror)
     endif()
