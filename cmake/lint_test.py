@@ -107,7 +107,7 @@ class Words(unittest.TestCase):
             self.assertEqual(len(check_words.check({"core/a.cpp": f"first\n{line}\n"})), 1, line)
 
     def test_plain_words_pass(self):
-        for line in ["TODO(#12): more", 'name = "XXX"', "a special part", "two parts", "/usr/share/mime", "${root}/work/x",
+        for line in ["TODO(#12): more", 'name = "XXX"', "a special part", "two parts", "part 2.1 of the tree", "/usr/share/mime", "${root}/work/x",
                      "// The length is read and not used; the rest follows.", "// see writeByte();",
                      "/// Part of the message;", "specific", "version 4.2"]:
             self.assertEqual(check_words.check({"core/a.cpp": line}), [], line)
