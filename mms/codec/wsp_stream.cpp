@@ -4,7 +4,6 @@
 #include "mms/codec/wsp_stream.h"
 
 #include <algorithm>
-#include <climits>
 #include <cstring>
 
 // integer       := short-integer | long-integer
@@ -23,26 +22,36 @@ constexpr qint32 kLongestShortLength = 30;
 constexpr qint32 kCharsetUtf8 = 106;
 constexpr quint8 kHighBit = 0x80;
 
-bool beginsOutsideAscii(QStringView text)
-{
-    return !text.isEmpty() && text.front().unicode() >= 0x80;
-}
-
-qint32 asciiPrefix(QStringView text)
-{
-    const auto *first = text.utf16();
-    const auto *last = first + text.size();
-    return static_cast<qint32>(std::find_if(first, last, [](char16_t c) { return c >= 0x80; })
-                               - first);
-}
-
-// How many bytes `text` takes in UTF-8. Lone surrogates count as the encoder writes them.
-qint64 utf8Size(QStringView text)
-{
-    return asciiPrefix(text) == text.size() ? text.size() : text.toUtf8().size();
-}
-
 } // namespace
+
+// A text in UTF-8. What is ASCII alone is not converted before it is written.
+class WSP_Stream::Utf8Text {
+public:
+    explicit Utf8Text(QStringView text)
+        : m_ascii(isAscii(text) ? text : QStringView()),
+          m_bytes(m_ascii.size() == text.size() ? QByteArray() : text.toUtf8())
+    {
+    }
+    qsizetype size() const { return m_ascii.size() + m_bytes.size(); }
+    // Asked of the bytes: half of a surrogate pair becomes a "?".
+    bool isQuoted() const { return !m_bytes.isEmpty() && (m_bytes.front() & kHighBit) != 0; }
+    void copyTo(char *out) const
+    {
+        std::transform(m_ascii.utf16(), m_ascii.utf16() + m_ascii.size(), out,
+                       [](char16_t c) { return static_cast<char>(c); });
+        std::copy(m_bytes.cbegin(), m_bytes.cend(), out);
+    }
+
+private:
+    static bool isAscii(QStringView text)
+    {
+        return std::all_of(text.utf16(), text.utf16() + text.size(),
+                           [](char16_t c) { return c < 0x80; });
+    }
+
+    QStringView m_ascii; // empty when the text is in m_bytes
+    QByteArray m_bytes;
+};
 
 quint32 WSP_Stream::back(qint32 count)
 {
@@ -250,40 +259,39 @@ quint32 WSP_Stream::readCountedText(quint32 length, QString &out)
 
 quint32 WSP_Stream::writeEncodedString(const QString &text)
 {
-    const qint64 bytes = utf8Size(text);
-    const bool quoted = beginsOutsideAscii(text);
-    if (bytes > size) {
+    const Utf8Text utf8(text);
+    if (utf8.size() > size - pos) {
         m_overflowed = true;
         return 0;
     }
-    return writeValueLength(static_cast<qint32>(bytes) + 2 + (quoted ? 1 : 0))
-            && writeInteger(kCharsetUtf8) && (!quoted || writeByte(kQuote)) && writeUtf8(text)
-            && writeByte(0)
+    return writeValueLength(static_cast<qint32>(utf8.size()) + 2 + (utf8.isQuoted() ? 1 : 0))
+            && writeInteger(kCharsetUtf8) && writeText(utf8, {})
         ? 1
         : 0;
 }
 
-quint32 WSP_Stream::writeText(QStringView text, QLatin1String suffix)
+quint32 WSP_Stream::writeTextString(const QString &text, QLatin1String suffix)
 {
-    return (!beginsOutsideAscii(text) || writeByte(kQuote)) && writeUtf8(text)
+    return writeText(Utf8Text(text), suffix);
+}
+
+quint32 WSP_Stream::writeText(const Utf8Text &text, QLatin1String suffix)
+{
+    return (!text.isQuoted() || writeByte(kQuote)) && writeUtf8(text)
             && writeBytes(suffix.data(), static_cast<qint32>(suffix.size())) && writeByte(0)
         ? 1
         : 0;
 }
 
-quint32 WSP_Stream::writeUtf8(QStringView text)
+quint32 WSP_Stream::writeUtf8(const Utf8Text &text)
 {
     if (text.size() > size - pos) {
         m_overflowed = true;
         return 0;
     }
-    if (asciiPrefix(text) != text.size()) {
-        const QByteArray bytes = text.toUtf8();
-        return writeBytes(bytes.constData(),
-                          static_cast<qint32>(std::min<qint64>(bytes.size(), INT_MAX)));
+    if (text.size() > 0) {
+        text.copyTo(data + pos);
+        pos += static_cast<qint32>(text.size());
     }
-    std::transform(text.utf16(), text.utf16() + text.size(), data + pos,
-                   [](char16_t c) { return static_cast<char>(c); });
-    pos += static_cast<qint32>(text.size());
     return 1;
 }

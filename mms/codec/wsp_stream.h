@@ -38,6 +38,7 @@ public:
     /// How many bytes remain.
     qint32 remaining() const { return size - pos; }
 
+    /// Reads one byte; fails at the end.
     quint32 readByte(quint8 &out)
     {
         if (pos >= size) {
@@ -46,6 +47,7 @@ public:
         out = static_cast<quint8>(data[pos++]);
         return 1;
     }
+    /// Writes one byte; fails when the stream is full.
     quint32 writeByte(quint8 value)
     {
         if (pos >= size) {
@@ -60,15 +62,16 @@ public:
     /// Copies `count` bytes in. Fails, without writing, when they do not fit or `count` is
     /// negative.
     quint32 writeBytes(const char *bytes, qint32 count);
-    /// Fills the whole array, as large as it is, from the stream.
+    /// Fills the whole array, as large as it is, from the stream. Fails as readBytes() does.
     quint32 readArray(QArray<char> &out) { return readBytes(out.data(), out.size()); }
+    /// Writes the whole array. Fails as writeBytes() does.
     quint32 writeArray(const QArray<char> &bytes)
     {
         return writeBytes(bytes.constData(), bytes.size());
     }
 
-    /// Reads a Short-integer, or a Long-integer of any length up to 127, of which the low 32 bits
-    /// are kept. A length of 0 reads as 0.
+    /// Reads a Short-integer, or a Long-integer of up to 127 bytes, of which the low 32 bits are
+    /// kept. A length of 0 reads as 0.
     quint32 readInteger(quint32 &out);
     /// Writes 127 and less (negative values too: their low seven bits) as a Short-integer, more as
     /// a Long-integer.
@@ -88,34 +91,35 @@ public:
     quint32 writeValueLength(qint32 length);
 
     /// Reads a Text-string and decodes it as UTF-8. A lone 0 gives the null string; a leading Quote
-    /// is dropped; a text that the end of the stream cuts is accepted.
+    /// is dropped, and so is a byte order mark; a text that the end of the stream cuts is accepted.
     quint32 readTextString(QString &out);
     /// Writes the text in UTF-8 with its terminator, a Quote in front when it begins with a byte of
-    /// 128 or more. A null string is the terminator alone.
-    quint32 writeTextString(const QString &text) { return writeText(text, {}); }
+    /// 128 or more. A null string is the terminator alone; half of a surrogate pair becomes "?".
+    quint32 writeTextString(const QString &text) { return writeTextString(text, {}); }
     /// As above, for `text` with `suffix` behind it.
-    quint32 writeTextString(const QString &text, QLatin1String suffix)
-    {
-        return writeText(text, suffix);
-    }
+    quint32 writeTextString(const QString &text, QLatin1String suffix);
 
     /// Reads an Encoded-string-value: a length, a charset and text. A plain Text-string is read
-    /// too. The text is decoded as UTF-8 whatever the charset says; trailing zero bytes are
-    /// dropped.
+    /// too. The text is decoded as UTF-8 whatever the charset says; a leading Quote and trailing
+    /// zero bytes are dropped. It fails when the length reaches past the end or is smaller than the
+    /// charset.
     quint32 readEncodedString(QString &out);
-    /// Writes an Encoded-string-value with charset UTF-8 (106).
+    /// Writes an Encoded-string-value with charset UTF-8 (106). A null string is written as an
+    /// empty one.
     quint32 writeEncodedString(const QString &text);
 
-    /// Tells whether any write was refused for want of room since the stream was made, also where a
-    /// codec reported success.
+    /// Tells whether any write was refused since the stream was made, also where a codec reported
+    /// success.
     [[nodiscard]] bool hasOverflowed() const { return m_overflowed; }
     /// Notes that a value meant for this stream was cut in a stream of its own.
     void noteOverflow() { m_overflowed = true; }
 
 private:
+    class Utf8Text;
+
     WMSG_NO_EXPORT quint32 readCountedText(quint32 length, QString &out);
-    quint32 writeText(QStringView text, QLatin1String suffix);
-    WMSG_NO_EXPORT quint32 writeUtf8(QStringView text);
+    WMSG_NO_EXPORT quint32 writeText(const Utf8Text &text, QLatin1String suffix);
+    WMSG_NO_EXPORT quint32 writeUtf8(const Utf8Text &text);
 
     bool m_overflowed = false;
 };
