@@ -155,9 +155,6 @@ bool MMS_UTIL_Common::isCidEqual(const QString &a, const QString &b)
 QDateTime MMS_UTIL_Common::stringToTime(const QString &text)
 {
     const QTime midnight(0, 0);
-    if (text.size() <= kMonthPosition) {
-        return QDateTime(QDate(), midnight);
-    }
     const int month = monthNumber(QStringView(text).mid(kMonthPosition, 3));
     const uint day = text.mid(kDayPosition, 2).simplified().toUInt();
     const uint year = text.right(4).toUInt();

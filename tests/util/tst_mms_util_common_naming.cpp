@@ -43,7 +43,7 @@ const TypeRow kTypes[] = {
     {"other types get the bare name",        7,     nullptr,     nullptr},
     {"image/tiff",                           31,    nullptr,     nullptr},
     {"above the table",                      164,   nullptr,     nullptr},
-    {"type 258 is not type 2",               258,   nullptr,     nullptr},
+    {"type 286 is not type 30",              286,   nullptr,     nullptr},
     {"no media type at all",                 65535, nullptr,     nullptr},
 };
 // clang-format on
