@@ -33,7 +33,7 @@ def output(*command, **more):
 
 def readme_program():
     """The one whole C++ program of the README."""
-    programs = [code for code in re.findall(r"^```cpp\n(.*?)^```$", README.read_text(), re.MULTILINE | re.DOTALL)
+    programs = [code for code in re.findall(r"^```cpp\n(.*?)^```$", README.read_text(encoding="utf-8"), re.MULTILINE | re.DOTALL)
                 if "int main" in code]
     if len(programs) != 1:
         sys.exit(f"{README} shows {len(programs)} whole programs, not one")
@@ -45,7 +45,7 @@ def install(build, prefix):
     shutil.rmtree(prefix, ignore_errors=True)
     run("cmake", "--install", build, "--prefix", prefix, stdout=subprocess.DEVNULL)
     for path in prefix.rglob("*"):
-        if path.suffix in (".cmake", ".pc", ".h") and str(HERE.parent.parent) in path.read_text():
+        if path.suffix in (".cmake", ".pc", ".h") and str(HERE.parent.parent) in path.read_text(encoding="utf-8"):
             sys.exit(f"{path} points to the source tree")
 
 
@@ -61,7 +61,7 @@ def check_run(program, folder):
 def through_cmake(work, prefix, compiler, flags):
     build = work / "cmake"
     shutil.rmtree(build, ignore_errors=True)
-    (work / "readme.cpp").write_text(readme_program())
+    (work / "readme.cpp").write_text(readme_program(), encoding="utf-8")
     run("cmake", "-S", HERE, "-B", build, "-G", "Ninja", f"-DCMAKE_PREFIX_PATH={prefix}",
         f"-DCMAKE_CXX_COMPILER={compiler}", f"-DCMAKE_CXX_FLAGS={flags}", f"-DREADME_PROGRAM={work / 'readme.cpp'}")
     run("cmake", "--build", build)
