@@ -47,7 +47,7 @@ int QWSSocket::writeBlock(const char *data, uint length)
     }
     const int size = static_cast<int>(std::min<uint>(length, INT_MAX));
     // The state is "connected" a moment before the device is open and what was kept has been sent.
-    if (isOpen() && m_kept.isEmpty()) {
+    if (isOpen()) {
         return static_cast<int>(write(data, size));
     }
     m_kept.append(data, size);

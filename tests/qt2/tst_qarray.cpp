@@ -541,6 +541,7 @@ void TestQArray::sliceOutsideIsNull_data()
     QTest::newRow("offset past the end") << 7 << 0;
     QTest::newRow("all but too long") << 0 << 7;
     QTest::newRow("a sum that wraps") << 2 << INT_MAX;
+    QTest::newRow("highest offset, a sum that wraps") << INT_MAX << 6;
     QTest::newRow("highest offset") << INT_MAX << INT_MAX;
     QTest::newRow("lowest offset") << INT_MIN << 6;
 }

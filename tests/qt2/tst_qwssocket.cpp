@@ -124,6 +124,7 @@ private slots:
 
     void keepsWhatIsWrittenWhileConnecting();
     void keepsTheOrderAcrossTheConnection();
+    void keepsWhatIsWrittenWhileConnectingAgain();
     void dropsWhatWasKeptWhenTheConnectionFails();
     void dropsWhatWasKeptWhenAborted();
 
@@ -143,6 +144,7 @@ private:
 
 void TestQWSSocket::init()
 {
+    QTest::failOnWarning(QRegularExpression(".*"));
     m_folder = std::make_unique<QTemporaryDir>();
     QVERIFY(m_folder->isValid());
     m_server = std::make_unique<QLocalServer>();
@@ -511,6 +513,32 @@ void TestQWSSocket::keepsTheOrderAcrossTheConnection()
     char data[30];
     QCOMPARE(int(::read(peer, data, sizeof data)), 20);
     QCOMPARE(QByteArray(data, 20), QByteArray("kept,state,connected"));
+    ::close(peer);
+}
+
+void TestQWSSocket::keepsWhatIsWrittenWhileConnectingAgain()
+{
+    connectPair();
+    m_peer->write("unread");
+    m_peer->close();
+    QTRY_COMPARE(m_recorder->m_heard, (QStringList{"readyRead", "closed"}));
+
+    BareServer server(path("full"), 2);
+    const int waiting = server.fill();
+    QVERIFY(waiting > 0);
+    QVERIFY(m_socket->connectToLocalFile(path("full")));
+    QCOMPARE(m_socket->state(), QLocalSocket::ConnectingState);
+    QCOMPARE(m_socket->bytesAvailable(), 0);
+    QCOMPARE(m_socket->writeBlock("kept", 4), 4);
+    QCOMPARE(m_socket->bytesToWrite(), 4);
+    for (int i = 0; i < waiting; ++i) {
+        ::close(server.take());
+    }
+    QTRY_COMPARE(m_recorder->m_heard, (QStringList{"readyRead", "closed", "connected"}));
+    QTRY_COMPARE(m_socket->bytesToWrite(), 0);
+    const int peer = server.take();
+    char data[10];
+    QCOMPARE(int(::read(peer, data, sizeof data)), 4);
     ::close(peer);
 }
 
