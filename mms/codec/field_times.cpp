@@ -36,8 +36,8 @@ quint32 Field_DeliveryTime::read(WSP_Stream &stream, MMS_HDR_S *header)
         return 0;
     }
     header->deliveryTime = time.token == kAbsolute
-        ? QDateTime::fromSecsSinceEpoch(time.seconds)
-        : QDateTime::currentDateTime().addSecs(time.seconds);
+        ? QDateTime::fromSecsSinceEpoch(time.seconds, Qt::UTC)
+        : QDateTime::currentDateTimeUtc().addSecs(time.seconds);
     return 1;
 }
 

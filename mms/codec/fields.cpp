@@ -101,7 +101,7 @@ void FieldPrinter::code(int id, quint8 value)
 void FieldPrinter::date(int id, const QDateTime &value)
 {
     if (wmsg::log::isPrinted(4)) {
-        logLine(4, lineOf(id), value.toString());
+        logLine(4, lineOf(id), value.toLocalTime().toString());
     }
 }
 

@@ -61,9 +61,11 @@ struct MMS_HDR_S {
     QValueList<WMFMEntry> cc;
     QString contentLocation;
     WMMSContentType contentType;
-    QDateTime msgDate; ///< Local time.
+    /// In any time zone: a decoded date is in UTC, and becomes local when WMMSMsg::getDate() is
+    /// asked.
+    QDateTime msgDate;
     bool deliveryReport = false;
-    QDateTime deliveryTime; ///< An absolute local time.
+    QDateTime deliveryTime; ///< An absolute time, in any time zone as msgDate.
     qint32 expiry = -1; ///< Seconds from now; -1: no expiry is written.
     WMFMEntry from;
     quint8 msgClass = 0; ///< 128 personal, 129 advertisement, 130 informational, 131 auto.

@@ -18,7 +18,7 @@ namespace {
 
 constexpr quint8 kYes = 128;
 constexpr quint8 kNo = 129;
-constexpr qint64 kLatestSecond = std::numeric_limits<quint32>::max();
+constexpr qint64 kLatestSecond = std::numeric_limits<qint32>::max();
 constexpr unsigned char kEmail = 0;
 constexpr unsigned char kPlmn = 1;
 
@@ -27,9 +27,15 @@ QLatin1String plmnSuffix()
     return QLatin1String("/TYPE=PLMN");
 }
 
+// Whether a text is ASCII in UTF-8, where half of a surrogate pair becomes a "?".
 bool isAscii(const QString &text)
 {
-    return std::all_of(text.cbegin(), text.cend(), [](QChar c) { return c.unicode() < 0x80; });
+    const auto isHigh = [](QChar c) { return c.unicode() >= 0x80; };
+    if (std::none_of(text.cbegin(), text.cend(), isHigh)) {
+        return true;
+    }
+    const QByteArray utf8 = text.toUtf8();
+    return std::all_of(utf8.cbegin(), utf8.cend(), [](char byte) { return (byte & 0x80) == 0; });
 }
 
 void setEntry(WMFMEntry &entry, unsigned char type, const QString &value, const QString &name)
@@ -92,17 +98,13 @@ quint32 MsgFieldBase::setByteField(int id, WSP_Stream &stream, unsigned char val
     return 1;
 }
 
-quint32 MsgFieldBase::setIntField(int id, WSP_Stream &stream, qint64 value)
+quint32 MsgFieldBase::setIntField(int id, WSP_Stream &stream, qint32 value)
 {
-    if (value < 0 || value > kLatestSecond) {
+    if (value < 0) {
         return 0;
     }
     stream.writeInteger(id);
-    if (value <= 127) {
-        stream.writeInteger(static_cast<qint32>(value));
-    } else {
-        stream.writeLongInteger(static_cast<quint32>(value));
-    }
+    stream.writeInteger(value);
     return 1;
 }
 
@@ -128,27 +130,32 @@ quint32 MsgFieldBase::getDate(WSP_Stream &stream, QDateTime &date)
     if (!stream.readInteger(seconds)) {
         return 0;
     }
-    date = QDateTime::fromSecsSinceEpoch(seconds);
+    date = QDateTime::fromSecsSinceEpoch(seconds, Qt::UTC);
     return 1;
 }
 
 quint32 MsgFieldBase::setDate(int id, WSP_Stream &stream, const QDateTime &date)
 {
-    return setIntField(id, stream, secsToUTC(date));
+    const qint64 seconds = secsToUTC(date);
+    if (seconds < 0 || seconds > kLatestSecond) {
+        return 0;
+    }
+    return setIntField(id, stream, static_cast<qint32>(seconds));
 }
 
 qint64 MsgFieldBase::secsToUTC(const QDateTime &date)
 {
-    const QDateTime local = date.timeSpec() == Qt::LocalTime ? date : date.toLocalTime();
-    const QDate day = local.date();
-    const QTime time = local.time();
+    const QDate day = date.date();
+    const QTime time = date.time();
     if (day.isNull() && time.isNull()) {
         return 0;
     }
     if (!day.isValid() || !time.isValid()) {
         return -1;
     }
-    tzset();
+    if (date.timeSpec() != Qt::LocalTime) {
+        return date.toSecsSinceEpoch();
+    }
     std::tm parts{};
     parts.tm_sec = time.second();
     parts.tm_min = time.minute();
@@ -159,7 +166,7 @@ qint64 MsgFieldBase::secsToUTC(const QDateTime &date)
     parts.tm_wday = -1;
     parts.tm_yday = -1;
     parts.tm_isdst = -1;
-    return mktime(&parts);
+    return mktime(&parts); // it looks at TZ itself, as tzset() does
 }
 
 quint32 MsgFieldBase::readAddress(WSP_Stream &stream, WMFMEntry &entry)

@@ -35,20 +35,21 @@ public:
     static quint32 setBool(int id, WSP_Stream &stream, bool value);
     /// Writes id and the byte as it is. Returns 1 also when there was no room.
     static quint32 setByteField(int id, WSP_Stream &stream, unsigned char value);
-    /// Writes id and an integer; 128 and more as a long integer of up to four bytes. A value below
-    /// 0 or above 2^32 - 1 fails and writes nothing; otherwise 1, also when there was no room.
-    static quint32 setIntField(int id, WSP_Stream &stream, qint64 value);
+    /// Writes id and an integer; 128 and more as a long integer. A negative value fails and writes
+    /// nothing; otherwise 1, also when there was no room.
+    static quint32 setIntField(int id, WSP_Stream &stream, qint32 value);
     /// Writes id and a text string; nothing for a null or empty one.
     static quint32 setStrField(int id, WSP_Stream &stream, const QString &text);
     /// Writes id and an encoded string with charset UTF-8; nothing for a null or empty one.
     static quint32 setEncoStrField(int id, WSP_Stream &stream, const QString &text);
-    /// Reads seconds since 1970-01-01 00:00 UTC into a local date-time.
+    /// Reads seconds since 1970-01-01 00:00 UTC. The date-time is in UTC: local time costs a look
+    /// at the time zone, so it is left to those who show it.
     static quint32 getDate(WSP_Stream &stream, QDateTime &date);
     /// Writes id and the seconds of `date`: 0 for a null one. A date that is invalid, before 1970
-    /// or beyond 2^32 - 1 seconds fails and writes nothing.
+    /// or beyond 2^31 - 1 seconds fails and writes nothing.
     static quint32 setDate(int id, WSP_Stream &stream, const QDateTime &date);
-    /// The seconds since 1970-01-01 00:00 UTC of a date-time by the rules of the current time zone:
-    /// 0 when its date and time are both null, -1 when one of them is invalid.
+    /// The seconds since 1970-01-01 00:00 UTC of a date-time, a local one by the rules of the
+    /// current time zone: 0 when its date and time are both null, -1 when one of them is invalid.
     static qint64 secsToUTC(const QDateTime &date);
 
     /// Reads one address: ".../TYPE=PLMN" is a number, a text with "@" an e-mail address with an

@@ -48,6 +48,11 @@ QString unquoted(QStringView value)
 
 void WMMSContentType::setMimeType(const QString &mimeType)
 {
+    if (const int media = getMimeID(mimeType); media >= 0) {
+        setWellKnownMedia(
+            static_cast<quint8>(media)); // the same texts, without memory of their own
+        return;
+    }
     const auto slash = mimeType.indexOf(QLatin1Char('/'));
     m_mainType = mimeType.left(slash);
     m_subType = mimeType.mid(slash + 1);

@@ -258,8 +258,9 @@ QJsonValue toJson(const QDateTime &dateTime)
     if (!dateTime.isValid()) {
         return QJsonObject{{"invalid", true}};
     }
-    return QJsonObject{{"date", dateTime.date().toString("yyyy-MM-dd")},
-                       {"time", dateTime.time().toString("hh:mm:ss")}};
+    const QDateTime local = dateTime.toLocalTime(); // a decoded date is kept in UTC
+    return QJsonObject{{"date", local.date().toString("yyyy-MM-dd")},
+                       {"time", local.time().toString("hh:mm:ss")}};
 }
 
 QJsonValue toJson(const WMFMEntry &entry)
