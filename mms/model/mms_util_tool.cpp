@@ -6,6 +6,7 @@
 #include "core/log.h"
 
 #include <QtCore/QFile>
+#include <QtCore/QFileInfo>
 
 #include <algorithm>
 
@@ -64,7 +65,7 @@ void MMS_UTIL_Tool::logOutFrFile(const QString &path)
 {
     logLine(4, "print data from file:%s\n", path);
     QFile file(path);
-    if (!file.exists() || !file.open(QIODevice::ReadOnly)) {
+    if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly)) {
         logLine(4, "File not exists!\n");
         return;
     }

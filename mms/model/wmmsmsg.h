@@ -197,16 +197,19 @@ public:
 private:
     enum class Bytes { Copied, Shared };
 
-    void copyFrom(const WMMSMsg &other);
-    quint32 decode(QArray<char> &pdu, bool decodeBody, Bytes bytes);
-    quint32 decodeHeader(WSP_Stream &stream, bool &bodyFollows);
-    quint32 decodeField(WSP_Stream &stream, quint32 id);
-    quint32 decodeBodyBehindHeader(QArray<char> &pdu, Bytes bytes);
-    void setSingleBody(const QArray<char> &received);
-    quint32 encodeHeader(WSP_Stream &stream);
-    quint32 encodeField(WSP_Stream &stream, int id);
-    quint32 encodeBodyBehindHeader(QArray<char> &out);
-    bool hasContent() const;
+    WMSG_NO_EXPORT void copyFrom(const WMMSMsg &other);
+    WMSG_NO_EXPORT quint32 decode(QArray<char> &pdu, bool decodeBody, Bytes bytes);
+    WMSG_NO_EXPORT quint32 decodeHeader(WSP_Stream &stream, bool &bodyFollows);
+    WMSG_NO_EXPORT quint32 decodeField(WSP_Stream &stream, quint32 id);
+    WMSG_NO_EXPORT quint32 decodeBodyBehindHeader(QArray<char> &pdu, Bytes bytes);
+    WMSG_NO_EXPORT void setSingleBody(const QArray<char> &received);
+    WMSG_NO_EXPORT quint32 packHeaderAlone(QArray<char> &out);
+    WMSG_NO_EXPORT quint32 packWithBody(QArray<char> &out);
+    WMSG_NO_EXPORT quint32 encodeHeader(WSP_Stream &stream);
+    WMSG_NO_EXPORT quint32 encodeField(WSP_Stream &stream, int id);
+    WMSG_NO_EXPORT quint32 encodeBodyBehindHeader(QArray<char> &out);
+    WMSG_NO_EXPORT bool encodeParts(QArray<char> &out, int allowance);
+    WMSG_NO_EXPORT bool hasContent() const;
 
     std::unique_ptr<MMS_HDR_S> m_header;
     WMMSMultipart m_body;

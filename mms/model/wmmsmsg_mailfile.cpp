@@ -28,7 +28,9 @@ namespace {
 class RegularFile {
 public:
     RegularFile(const QByteArray &path, int flags)
-        : m_fd(::open(path.constData(), flags | O_CLOEXEC | O_NONBLOCK, 0666))
+        : m_fd(path.contains('\0') // the system would take what stands in front of it as the name
+                   ? -1
+                   : ::open(path.constData(), flags | O_CLOEXEC | O_NONBLOCK, 0666))
     {
         struct stat state;
         if (m_fd >= 0 && (::fstat(m_fd, &state) != 0 || !S_ISREG(state.st_mode))) {
@@ -68,10 +70,13 @@ public:
         iovec ranges[] = {first, second};
         while (ranges[0].iov_len + ranges[1].iov_len > 0) {
             const ssize_t written = ::writev(m_fd, ranges, 2);
-            if (written < 0 && errno != EINTR) {
+            if (written < 0 && errno == EINTR) {
+                continue;
+            }
+            if (written <= 0) {
                 return false;
             }
-            size_t left = written > 0 ? static_cast<size_t>(written) : 0;
+            auto left = static_cast<size_t>(written);
             for (iovec &range : ranges) {
                 const size_t used = std::min(left, range.iov_len);
                 range.iov_base = static_cast<char *>(range.iov_base) + used;

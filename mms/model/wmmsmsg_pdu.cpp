@@ -24,6 +24,14 @@ namespace {
 
 constexpr quint32 kHighestField = 24;
 constexpr qint64 kHeaderRoom = 10240;
+constexpr qint64 kEmptyBodySize = 512; // what a root part without content takes, at most
+
+void store(int *length, int value)
+{
+    if (length) {
+        *length = value;
+    }
+}
 
 } // namespace
 
@@ -129,37 +137,64 @@ void WMMSMsg::setSingleBody(const QArray<char> &received)
 
 quint32 WMMSMsg::packTo(QArray<char> &out, int *headerLength, int *bodyLength)
 {
+    if (m_body.holds(out)) { // encoding into the very bytes that are encoded
+        QArray<char> own;
+        const quint32 result = packTo(own, headerLength, bodyLength);
+        out = own;
+        return result;
+    }
+    if (!hasContent()) {
+        return packHeaderAlone(out); // Kept: without a body the two lengths are not stored.
+    }
+    if (m_body.holds(out)) {
+        QArray<char> own;
+        const quint32 result = packTo(own, headerLength, bodyLength);
+        out = own;
+        return result;
+    }
+    const quint32 result = packWithBody(out);
+    if (result == MMS_ENCODE_OK) {
+        store(headerLength, m_headerLength);
+        store(bodyLength, m_bodyLength);
+    }
+    return result;
+}
+
+quint32 WMMSMsg::packWithBody(QArray<char> &out)
+{
     const qint64 room = m_body.getApproxSize() + kHeaderRoom;
-    if (!out.resize(static_cast<int>(std::min<qint64>(room, INT_MAX)))) {
+    if (room > INT_MAX || !out.resize(static_cast<int>(room))) {
         return MMS_ENCODE_BAD_FIELD;
     }
     WSP_Stream stream(out);
     if (const quint32 result = encodeHeader(stream); result != MMS_ENCODE_OK) {
         return result;
     }
-    m_headerLength = stream.pos;
-    logLine(4, "encode header len:%d", m_headerLength);
-    m_body.setContentType(m_header->contentType);
-    if (m_header->contentType.isEmpty() && hasContent()) {
+    if (m_header->contentType.isEmpty()) {
         return MMS_ENCODE_NO_CONTENT_TYPE;
-    }
-    if (m_body.isEmpty()) {
-        // Kept: without a body the two lengths are not stored.
-        m_bodyLength = 0;
-        out.truncate(m_headerLength);
-        return MMS_ENCODE_OK;
     }
     if (const quint32 result = encodeBodyBehindHeader(out); result != MMS_ENCODE_OK) {
         return result;
     }
     m_bodyLength = out.size() - m_headerLength;
     logLine(4, "encode body len:%d", m_bodyLength);
-    if (headerLength) {
-        *headerLength = m_headerLength;
+    return MMS_ENCODE_OK;
+}
+
+// The room is that of any header; it lies on the stack, so that `out` is allocated once, in its
+// size.
+quint32 WMMSMsg::packHeaderAlone(QArray<char> &out)
+{
+    char bytes[kHeaderRoom + kEmptyBodySize];
+    WSP_Stream stream(bytes, sizeof bytes);
+    if (const quint32 result = encodeHeader(stream); result != MMS_ENCODE_OK) {
+        return result;
     }
-    if (bodyLength) {
-        *bodyLength = m_bodyLength;
+    if (!out.resize(m_headerLength)) {
+        return MMS_ENCODE_BAD_FIELD;
     }
+    memcpy(out.data(), bytes, static_cast<size_t>(m_headerLength));
+    m_bodyLength = 0;
     return MMS_ENCODE_OK;
 }
 
@@ -191,6 +226,9 @@ quint32 WMMSMsg::encodeHeader(WSP_Stream &stream)
             return result;
         }
     }
+    m_headerLength = stream.pos;
+    logLine(4, "encode header len:%d", m_headerLength);
+    m_body.setContentType(m_header->contentType);
     return MMS_ENCODE_OK;
 }
 
@@ -208,24 +246,30 @@ quint32 WMMSMsg::encodeField(WSP_Stream &stream, int id)
     return MMS_ENCODE_OK;
 }
 
+// Kept: a body of a type that is not decoded is the data alone. Sub-parts are not written then.
 quint32 WMMSMsg::encodeBodyBehindHeader(QArray<char> &out)
 {
-    if (!m_header->contentType.needDecode()) {
-        const QArray<char> &bytes = m_body.getData();
-        if (bytes.size() > INT_MAX - m_headerLength || !out.resize(m_headerLength + bytes.size())) {
-            return MMS_ENCODE_BAD_FIELD;
-        }
-        if (!bytes.isEmpty()) {
-            memcpy(out.data() + m_headerLength, bytes.constData(),
-                   static_cast<size_t>(bytes.size()));
-        }
-        return MMS_ENCODE_OK;
+    if (m_header->contentType.needDecode()) {
+        using Writer = WMMSMultipart::BodyWriter;
+        const bool written =
+            encodeParts(out, Writer::Approximate) || encodeParts(out, Writer::Largest);
+        return written ? MMS_ENCODE_OK : MMS_ENCODE_BAD_FIELD;
     }
-    const qint64 room = qint64(m_body.getApproxSize()) + m_headerLength;
-    bool whole;
-    const bool written = room <= INT_MAX
-        && m_body.encodeBody(out, m_headerLength, static_cast<int>(room), whole) && whole;
-    return written ? MMS_ENCODE_OK : MMS_ENCODE_BAD_FIELD;
+    const QArray<char> &bytes = m_body.getData();
+    if (bytes.size() > INT_MAX - m_headerLength || !out.resize(m_headerLength + bytes.size())) {
+        return MMS_ENCODE_BAD_FIELD;
+    }
+    if (!bytes.isEmpty()) {
+        memcpy(out.data() + m_headerLength, bytes.constData(), static_cast<size_t>(bytes.size()));
+    }
+    return MMS_ENCODE_OK;
+}
+
+bool WMMSMsg::encodeParts(QArray<char> &out, int allowance)
+{
+    using Writer = WMMSMultipart::BodyWriter;
+    Writer writer(m_body, static_cast<Writer::Allowance>(allowance));
+    return writer.write(out, m_headerLength, m_headerLength + writer.room()) && writer.isWhole();
 }
 
 bool WMMSMsg::getMessageLength(int &headerLength, int &bodyLength)

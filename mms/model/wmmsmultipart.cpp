@@ -4,6 +4,7 @@
 #include "mms/model/wmmsmultipart.h"
 
 #include "core/log.h"
+#include "mms/model/wmmsmultipart_body.h"
 #include "platform/mimetype/am_mimetype.h"
 #include "platform/mimetype/util_mimetype.h"
 #include "util/mms_util_common.h"
@@ -14,8 +15,6 @@
 #include <climits>
 
 namespace {
-
-constexpr qint64 kHeaderAllowance = 512; // per part, for its headers
 
 constexpr QLatin1String kDrmTypes[] = {
     QLatin1String("application/vnd.oma.drm.message"),
@@ -61,9 +60,11 @@ WMMSMultipart::WMMSMultipart(WMMSMultipart &&other) noexcept = default;
 WMMSMultipart &WMMSMultipart::operator=(const WMMSMultipart &other)
 {
     if (this != &other) {
-        m_subParts = other.m_subParts
-            ? std::make_unique<QValueList<WMMSMultipart>>(*other.m_subParts)
-            : nullptr;
+        // The former sub-parts live until the end: the source may be one of them.
+        const auto former = std::exchange(
+            m_subParts,
+            other.m_subParts ? std::make_unique<QValueList<WMMSMultipart>>(*other.m_subParts)
+                             : nullptr);
         m_contentType = other.m_contentType;
         m_contentLocation = other.m_contentLocation;
         m_contentID = other.m_contentID;
@@ -73,7 +74,17 @@ WMMSMultipart &WMMSMultipart::operator=(const WMMSMultipart &other)
     return *this;
 }
 
-WMMSMultipart &WMMSMultipart::operator=(WMMSMultipart &&other) noexcept = default;
+WMMSMultipart &WMMSMultipart::operator=(WMMSMultipart &&other) noexcept
+{
+    WMMSMultipart moved(std::move(other)); // takes the former value along: see above
+    std::swap(m_contentType, moved.m_contentType);
+    m_subParts.swap(moved.m_subParts);
+    m_contentLocation.swap(moved.m_contentLocation);
+    m_contentID.swap(moved.m_contentID);
+    m_data.swap(moved.m_data);
+    m_localFileName.swap(moved.m_localFileName);
+    return *this;
+}
 
 WMMSMultipart::~WMMSMultipart() = default;
 
@@ -139,7 +150,7 @@ void WMMSMultipart::clearLocalFileName()
 bool WMMSMultipart::saveFile()
 {
     QFile file(m_localFileName);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate)) {
+    if (m_localFileName.isEmpty() || !file.open(QIODevice::WriteOnly | QIODevice::Truncate)) {
         return false;
     }
     return file.write(m_data.constData(), m_data.size()) == m_data.size() && file.flush();
@@ -243,13 +254,28 @@ bool WMMSMultipart::isMediaType(const QString &kind) const
 
 int WMMSMultipart::getApproxSize() const
 {
-    qint64 size = m_data.size() + kHeaderAllowance;
+    return static_cast<int>(std::min<qint64>(sizeWith(BodyWriter::Approximate), INT_MAX));
+}
+
+qint64 WMMSMultipart::sizeWith(qint64 allowance) const
+{
+    qint64 size = m_data.size() + allowance;
     if (m_subParts) {
         for (const WMMSMultipart &part : std::as_const(*m_subParts)) {
-            size += part.getApproxSize();
+            size += part.sizeWith(allowance);
         }
     }
-    return static_cast<int>(std::min<qint64>(size, INT_MAX));
+    return size;
+}
+
+bool WMMSMultipart::holds(const QArray<char> &bytes) const
+{
+    if (&m_data == &bytes || (!bytes.isNull() && m_data.constData() == bytes.constData())) {
+        return true;
+    }
+    return m_subParts
+        && std::any_of(m_subParts->cbegin(), m_subParts->cend(),
+                       [&bytes](const WMMSMultipart &part) { return part.holds(bytes); });
 }
 
 QString WMMSMultipart::getSuggestLocalFileName(const QString &dir) const

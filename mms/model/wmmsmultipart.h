@@ -123,10 +123,11 @@ private:
     class BodyReader;
     class BodyWriter;
 
-    /// exportTo() in `room` bytes, offset included; `whole` is false when headers were cut to their
-    /// room.
-    bool encodeBody(QArray<char> &out, int offset, int room, bool &whole);
-    QString suggestedExtension(const QString &name) const;
+    /// Data, and `allowance` for the headers of this part and of each part below it.
+    WMSG_NO_EXPORT qint64 sizeWith(qint64 allowance) const;
+    /// Tells whether `bytes` is, or shares memory with, the data of this part or of one below it.
+    WMSG_NO_EXPORT bool holds(const QArray<char> &bytes) const;
+    WMSG_NO_EXPORT QString suggestedExtension(const QString &name) const;
 
     WMMSContentType m_contentType;
     std::unique_ptr<QValueList<WMMSMultipart>> m_subParts;

@@ -7,7 +7,7 @@
 #include "mms/model/wmmsmultipart.h"
 
 /// Reads one multipart body into the sub-parts of a part.
-class WMMSMultipart::BodyReader {
+class WMSG_NO_EXPORT WMMSMultipart::BodyReader {
 public:
     /// Where the bytes of the parts lie: in memory of their own, or in the buffer that is read. The
     /// second is for a buffer that nobody else sees.
@@ -46,24 +46,34 @@ private:
     int m_depth;
 };
 
-/// Writes entries of a multipart body to a stream.
-class WMMSMultipart::BodyWriter {
+/// Writes the sub-parts of a part as a multipart body.
+class WMSG_NO_EXPORT WMMSMultipart::BodyWriter {
 public:
-    explicit BodyWriter(WSP_Stream &stream) : m_stream(stream) { }
+    /// `allowance` is the room that is made for the headers of each part. With the one of
+    /// getApproxSize() it is spent by all together; with the largest no entry is ever short of it.
+    enum Allowance : int { Approximate = 512, Largest = 5120 + 10 };
 
-    /// Writes the count and one entry for each part. Parts with sub-parts are encoded first; their
-    /// data is empty afterwards.
-    bool writeParts(QValueList<WMMSMultipart> &parts);
-    /// Writes the entry of a part with `data` as its bytes. Headers that do not fit their room are
-    /// cut.
-    bool writeEntry(const WMMSMultipart &part, const QArray<char> &data);
+    explicit BodyWriter(WMMSMultipart &part, Allowance allowance = Approximate)
+        : m_part(part), m_allowance(allowance)
+    {
+    }
+
+    /// The bytes that are made room for.
+    [[nodiscard]] qint64 room() const { return m_part.sizeWith(m_allowance); }
+    /// Does what exportTo() says, in an array of `room` bytes, the first `offset` included.
+    bool write(QArray<char> &out, int offset, qint64 room);
     /// False when the headers of an entry were cut.
     [[nodiscard]] bool isWhole() const { return m_whole; }
 
 private:
+    bool writeParts(WSP_Stream &stream, QValueList<WMMSMultipart> &parts);
+    bool writeNested(WSP_Stream &stream, WMMSMultipart &part);
+    bool writeEntry(WSP_Stream &stream, const WMMSMultipart &part, const QArray<char> &data);
+
     static bool writeHeaders(WSP_Stream &headers, const WMMSMultipart &part);
     static bool writeContentType(WSP_Stream &headers, const WMMSMultipart &part);
 
-    WSP_Stream &m_stream;
+    WMMSMultipart &m_part;
+    Allowance m_allowance;
     bool m_whole = true;
 };

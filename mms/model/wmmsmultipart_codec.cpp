@@ -9,6 +9,7 @@
 #include <QtCore/QByteArrayView>
 
 #include <algorithm>
+#include <climits>
 
 // body         := count *entry                              count: one byte
 // entry        := headers-length data-length content-type *header data         lengths: uintvar
@@ -48,12 +49,16 @@ QString boundaryName()
     return QStringLiteral("boundary");
 }
 
-QString withoutQuotesAndBrackets(QString location)
+bool isQuoteOrBracket(QChar c)
 {
-    location.remove(QLatin1Char('"'));
-    location.remove(QLatin1Char('<'));
-    location.remove(QLatin1Char('>'));
-    return location;
+    return c == QLatin1Char('"') || c == QLatin1Char('<') || c == QLatin1Char('>');
+}
+
+void removeQuotesAndBrackets(QString &location)
+{
+    if (std::any_of(location.cbegin(), location.cend(), isQuoteOrBracket)) {
+        location.removeIf(isQuoteOrBracket);
+    }
 }
 
 } // namespace
@@ -65,23 +70,13 @@ bool WMMSMultipart::construct(QArray<char> &bytes, int offset)
 
 bool WMMSMultipart::exportTo(QArray<char> &out, int offset)
 {
-    bool whole;
-    return encodeBody(out, offset, getApproxSize(), whole);
-}
-
-bool WMMSMultipart::encodeBody(QArray<char> &out, int offset, int room, bool &whole)
-{
-    if (m_contentType.isEmpty() || !out.resize(room)) {
-        return false;
+    if (holds(out)) {
+        QArray<char> own = out.copy();
+        const bool written = exportTo(own, offset);
+        out = own;
+        return written;
     }
-    WSP_Stream stream(out);
-    stream.skip(offset);
-    BodyWriter writer(stream);
-    const bool hasParts = m_subParts && !m_subParts->isEmpty();
-    const bool written =
-        hasParts ? writer.writeParts(*m_subParts) : writer.writeEntry(*this, m_data);
-    whole = writer.isWhole();
-    return written && out.resize(stream.pos);
+    return BodyWriter(*this).write(out, offset, getApproxSize());
 }
 
 WMMSMultipart::BodyReader::BodyReader(QArray<char> &buffer, Bytes bytes, int depth)
@@ -140,18 +135,23 @@ bool WMMSMultipart::BodyReader::readData(quint32 length, QArray<char> &data)
     return data.size() == size;
 }
 
+// The location of the headers counts, an empty one too; without one the content id takes its place,
+// as the setters of a part would have it.
 void WMMSMultipart::BodyReader::append(WMMSMultipart &parent, BodyPartRecord &record) const
 {
-    WMMSMultipart part;
-    part.setContentID(record.contentID);
-    part.setContentLocation(withoutQuotesAndBrackets(record.contentLocation));
-    part.setContentType(record.contentType);
+    WMMSMultipart &part = parent.m_subParts->emplaceBack();
+    removeQuotesAndBrackets(record.contentLocation);
+    part.m_contentType = std::move(record.contentType);
+    part.m_contentID = std::move(record.contentID);
+    part.m_contentLocation = std::move(record.contentLocation);
+    if (part.m_contentLocation.isNull()) {
+        part.setContentLocationIfNull();
+    }
     part.setData(record.data);
     if (part.m_contentType.needDecode()) {
         decodeNested(part);
     }
     convertToUtf8(part, record.data);
-    parent.m_subParts->append(std::move(part));
 }
 
 // Kept: a nested body that cannot be read is no failure. What could be read of it stays, beside the
@@ -303,32 +303,48 @@ void WMMSMultipart::BodyReader::convertToUtf8(WMMSMultipart &part, const QArray<
     }
 }
 
-bool WMMSMultipart::BodyWriter::writeParts(QValueList<WMMSMultipart> &parts)
+bool WMMSMultipart::BodyWriter::write(QArray<char> &out, int offset, qint64 room)
 {
-    if (!m_stream.writeByte(static_cast<quint8>(parts.size()))) {
+    if (m_part.m_contentType.isEmpty() || room > INT_MAX || !out.resize(static_cast<int>(room))) {
+        return false;
+    }
+    WSP_Stream stream(out);
+    stream.skip(offset);
+    auto *parts = m_part.m_subParts.get();
+    const bool written = parts && !parts->isEmpty() ? writeParts(stream, *parts)
+                                                    : writeEntry(stream, m_part, m_part.m_data);
+    return written && out.resize(stream.pos);
+}
+
+bool WMMSMultipart::BodyWriter::writeParts(WSP_Stream &stream, QValueList<WMMSMultipart> &parts)
+{
+    if (!stream.writeByte(static_cast<quint8>(parts.size()))) {
         return false;
     }
     for (qsizetype n = 0; n < parts.size(); ++n) {
         const WMMSMultipart &part = std::as_const(parts)[n];
-        if (!part.m_subParts || part.m_subParts->isEmpty()) {
-            if (!writeEntry(part, part.m_data)) {
-                return false;
-            }
-            continue;
-        }
-        QArray<char> nested;
-        bool whole;
-        if (!parts[n].encodeBody(nested, 0, part.getApproxSize(), whole)
-            || !writeEntry(parts[n], nested)) {
+        const bool isNested = part.m_subParts && !part.m_subParts->isEmpty();
+        if (!(isNested ? writeNested(stream, parts[n]) : writeEntry(stream, part, part.m_data))) {
             return false;
         }
-        m_whole = m_whole && whole;
-        parts[n].m_data = QArray<char>();
     }
     return true;
 }
 
-bool WMMSMultipart::BodyWriter::writeEntry(const WMMSMultipart &part, const QArray<char> &data)
+bool WMMSMultipart::BodyWriter::writeNested(WSP_Stream &stream, WMMSMultipart &part)
+{
+    BodyWriter writer(part, m_allowance);
+    QArray<char> body;
+    if (!writer.write(body, 0, writer.room()) || !writeEntry(stream, part, body)) {
+        return false;
+    }
+    m_whole = m_whole && writer.isWhole();
+    part.m_data = QArray<char>(); // an array of its own: a copy of the part keeps its bytes
+    return true;
+}
+
+bool WMMSMultipart::BodyWriter::writeEntry(WSP_Stream &stream, const WMMSMultipart &part,
+                                           const QArray<char> &data)
 {
     if (part.m_contentType.isEmpty()) {
         return false;
@@ -339,8 +355,8 @@ bool WMMSMultipart::BodyWriter::writeEntry(const WMMSMultipart &part, const QArr
     if (!writeHeaders(headers, part)) {
         m_whole = false;
     }
-    return m_stream.writeUintvar(headers.pos) && m_stream.writeUintvar(data.size())
-        && m_stream.writeBytes(bytes, headers.pos) && m_stream.writeArray(data);
+    return stream.writeUintvar(headers.pos) && stream.writeUintvar(data.size())
+        && stream.writeBytes(bytes, headers.pos) && stream.writeArray(data);
 }
 
 bool WMMSMultipart::BodyWriter::writeHeaders(WSP_Stream &headers, const WMMSMultipart &part)
