@@ -1,0 +1,40 @@
+// SPDX-FileCopyrightText: 2026 The wmsg authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "tools/wmsg/compose.h"
+#include "tools/wmsg/decode.h"
+#include "tools/wmsg/report.h"
+
+#include <CLI/CLI.hpp>
+
+namespace {
+
+constexpr const char *kFooter = "Exit codes: 0 fine; 1 bad input, with a line on standard error "
+                                "that says what and where; 2 wrong usage.";
+
+int complainOfUsage(const CLI::Error &error)
+{
+    wmsg::cli::complain(QString::fromUtf8(error.what()) + QStringLiteral(" (see wmsg --help)"));
+    return wmsg::cli::ExitUsage;
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    CLI::App program("Composes multimedia messages and shows what is in them.", "wmsg");
+    program.set_version_flag("--version", "wmsg " WMSG_VERSION, "Print the version and end");
+    program.require_subcommand(1);
+    program.footer(kFooter);
+    int exitCode = wmsg::cli::ExitFine;
+    wmsg::cli::addDecode(program, exitCode);
+    wmsg::cli::addCompose(program, exitCode);
+    try {
+        program.parse(argc, argv);
+    } catch (const CLI::Success &wish) {
+        return program.exit(wish); // help or the version
+    } catch (const CLI::ParseError &error) {
+        return complainOfUsage(error);
+    }
+    return exitCode;
+}

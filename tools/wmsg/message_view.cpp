@@ -1,0 +1,295 @@
+// SPDX-FileCopyrightText: 2026 The wmsg authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "tools/wmsg/message_view.h"
+
+#include "tools/wmsg/field_words.h"
+#include "tools/wmsg/text_view.h"
+
+#include <QtCore/QStringList>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace wmsg::cli {
+
+namespace {
+
+constexpr qsizetype kShownValue = 200;
+constexpr qsizetype kShownName = 48;
+constexpr qsizetype kShownText = 160;
+
+QString inLine(const QString &text)
+{
+    return text.isNull() ? u"(nothing)"_s
+        : text.isEmpty() ? u"(empty)"_s
+                         : shortened(text, kShownValue);
+}
+
+QString yesNo(bool value)
+{
+    return value ? u"yes"_s : u"no"_s;
+}
+
+QString entryView(const WMFMEntry &entry)
+{
+    const QString value = inLine(entry.getEntryVal());
+    const QString name = printable(entry.getContactName().trimmed());
+    const QString kind = entry.getEntryType() == 1 ? u"phone number"_s : u"e-mail address"_s;
+    return (name.isEmpty() ? value : u"%1 <%2>"_s.arg(name, value)) + u" ("_s + kind + u')';
+}
+
+QStringList entriesView(const QValueList<WMFMEntry> &entries)
+{
+    QStringList lines;
+    for (const WMFMEntry &entry : entries) {
+        lines += entryView(entry);
+    }
+    return lines;
+}
+
+QStringList contentTypeView(const WMMSContentType &type)
+{
+    QStringList lines{type.isEmpty() ? u"(unknown)"_s : inLine(type.getMimeType())};
+    for (auto param = type.params().begin(); param != type.params().end(); ++param) {
+        lines += inLine(param.key()) + u" = "_s + inLine(param.value());
+    }
+    return lines;
+}
+
+QString textFieldView(int id, const MMS_HDR_S &header)
+{
+    switch (id) {
+    case MMS_FIELD_TRANSACTION_ID:
+        return inLine(header.transactionId);
+    case MMS_FIELD_SUBJECT:
+        return inLine(header.subject);
+    case MMS_FIELD_MSG_ID:
+        return inLine(header.msgID);
+    case MMS_FIELD_CONTENT_LOCATION:
+        return inLine(header.contentLocation);
+    case MMS_FIELD_RESPONSE_TEXT:
+        return inLine(header.responseText);
+    case MMS_FIELD_MSG_TYPE:
+        return codeInWords(id, header.msgType);
+    case MMS_FIELD_MSG_CLASS:
+        return codeInWords(id, header.msgClass);
+    case MMS_FIELD_PRIORITY:
+        return codeInWords(id, header.priority);
+    case MMS_FIELD_RESPONSE_STATUS:
+        return codeInWords(id, header.responseStatus);
+    default:
+        return codeInWords(id, header.msgStatus);
+    }
+}
+
+QString valueFieldView(int id, const MMS_HDR_S &header)
+{
+    switch (id) {
+    case MMS_FIELD_VERSION:
+        return versionInWords(header.version);
+    case MMS_FIELD_DATE:
+        return dateInWords(header.msgDate);
+    case MMS_FIELD_DELIVERY_TIME:
+        return dateInWords(header.deliveryTime);
+    case MMS_FIELD_EXPIRY:
+        return durationInWords(header.expiry);
+    case MMS_FIELD_MSG_SIZE:
+        return sizeInWords(header.msgSize);
+    case MMS_FIELD_DELIVERY_REPORT:
+        return yesNo(header.deliveryReport);
+    case MMS_FIELD_READ_REPORT:
+        return yesNo(header.readReport);
+    case MMS_FIELD_REPORT_ALLOWED:
+        return yesNo(header.reportAllowed);
+    case MMS_FIELD_SENDER_VISIBILITY:
+        return header.senderVisibility ? u"shown"_s : u"hidden"_s;
+    default:
+        return textFieldView(id, header);
+    }
+}
+
+QStringList fieldView(int id, const MMS_HDR_S &header)
+{
+    switch (id) {
+    case MMS_FIELD_FROM:
+        return {header.from.isValid() ? entryView(header.from)
+                                      : u"(the network inserts the address)"_s};
+    case MMS_FIELD_TO:
+        return entriesView(header.to);
+    case MMS_FIELD_CC:
+        return entriesView(header.cc);
+    case MMS_FIELD_BCC:
+        return entriesView(header.bcc);
+    case MMS_FIELD_CONTENT_TYPE:
+        return contentTypeView(header.contentType);
+    default:
+        return {valueFieldView(id, header)};
+    }
+}
+
+// In the order that people look for them.
+constexpr int kOrder[] = {
+    MMS_FIELD_MSG_TYPE,
+    MMS_FIELD_TRANSACTION_ID,
+    MMS_FIELD_VERSION,
+    MMS_FIELD_DATE,
+    MMS_FIELD_FROM,
+    MMS_FIELD_TO,
+    MMS_FIELD_CC,
+    MMS_FIELD_BCC,
+    MMS_FIELD_SUBJECT,
+    MMS_FIELD_MSG_ID,
+    MMS_FIELD_MSG_CLASS,
+    MMS_FIELD_PRIORITY,
+    MMS_FIELD_MSG_STATUS,
+    MMS_FIELD_RESPONSE_STATUS,
+    MMS_FIELD_RESPONSE_TEXT,
+    MMS_FIELD_MSG_SIZE,
+    MMS_FIELD_CONTENT_LOCATION,
+    MMS_FIELD_EXPIRY,
+    MMS_FIELD_DELIVERY_TIME,
+    MMS_FIELD_SENDER_VISIBILITY,
+    MMS_FIELD_DELIVERY_REPORT,
+    MMS_FIELD_READ_REPORT,
+    MMS_FIELD_REPORT_ALLOWED,
+    MMS_FIELD_CONTENT_TYPE,
+};
+
+QString headerView(const DecodedFile &file)
+{
+    const WMMSMsg &message = file.message;
+    constexpr int kNameWidth = 19;
+    QString view;
+    for (const int id : kOrder) {
+        if (!message.fieldIsPresent(static_cast<quint8>(id))) {
+            continue;
+        }
+        QString name = fieldName(id);
+        const bool isFailed = id == file.walk.failedField();
+        const QStringList lines =
+            isFailed ? QStringList(u"(cannot be read)"_s) : fieldView(id, message.header());
+        for (const QString &line : lines) {
+            view += u"  "_s + name.leftJustified(kNameWidth) + line + u'\n';
+            name.clear();
+        }
+    }
+    return view;
+}
+
+/// One line of the table of parts.
+struct PartRow {
+    QString number;
+    QString type;
+    QString name;
+    QString size;
+    QString text;
+};
+
+QString nameOf(const WMMSMultipart &part)
+{
+    const QString location = part.getContentLocation();
+    const QString id = part.getContentID();
+    const bool isSame = id.isEmpty() || id == location || part.getSrc() == location;
+    return printable((isSame ? location : location + u' ' + id).trimmed().left(kShownName));
+}
+
+void addRows(QList<PartRow> &rows, const QValueList<WMMSMultipart> &parts, const QString &prefix,
+             Detail detail)
+{
+    int number = 0;
+    for (const WMMSMultipart &part : parts) {
+        PartRow row;
+        row.number = prefix + QString::number(++number);
+        const WMMSContentType &type = part.getContentType();
+        row.type =
+            type.isEmpty() ? u"(unknown type)"_s : printable(type.getMimeType().left(kShownName));
+        row.name = nameOf(part);
+        row.size = sizeInWords(part.getData().size());
+        if (isText(part) && !part.getData().isEmpty()) {
+            row.text =
+                u'"' + shortened(textOf(part), detail == Detail::Full ? 0 : kShownText) + u'"';
+        }
+        rows.append(row);
+        if (part.subParts()) {
+            addRows(rows, *part.subParts(), row.number + u'.', detail);
+        }
+    }
+}
+
+template <typename Member> int widthOf(const QList<PartRow> &rows, Member member)
+{
+    qsizetype width = 0;
+    for (const PartRow &row : rows) {
+        width = std::max(width, (row.*member).size());
+    }
+    return static_cast<int>(width);
+}
+
+QString partsView(const WMMSMsg &message, Detail detail)
+{
+    const QValueList<WMMSMultipart> parts = partsOf(message);
+    QList<PartRow> rows;
+    addRows(rows, parts, QString(), detail);
+    if (rows.isEmpty()) {
+        return {};
+    }
+    const int numberWidth = widthOf(rows, &PartRow::number);
+    const int typeWidth = widthOf(rows, &PartRow::type);
+    const int nameWidth = widthOf(rows, &PartRow::name);
+    QString view = u"\n  "_s + counted(parts.size(), "part"_L1) + u'\n';
+    for (const PartRow &row : rows) {
+        const qsizetype depth = row.number.count(u'.');
+        const QString indent = QString(2 * depth, u' ');
+        view += u"  "_s + indent + row.number.leftJustified(numberWidth) + u"  "_s
+            + row.type.leftJustified(typeWidth) + u"  "_s + row.name.leftJustified(nameWidth)
+            + u"  "_s + row.size + u'\n';
+        if (!row.text.isEmpty()) {
+            view += u"  "_s + indent + QString(numberWidth, u' ') + u"  "_s + row.text + u'\n';
+        }
+    }
+    return view;
+}
+
+} // namespace
+
+QString titleOf(const DecodedFile &file)
+{
+    const QString size = sizeInWords(file.bytes.size());
+    const QString lengths =
+        u"header %1, body %2"_s.arg(file.walk.headerLength()).arg(file.walk.bodyLength());
+    QString kind = u"PDU"_s;
+    if (file.kind == FileKind::MailFile) {
+        kind = u"mail file (%1)"_s.arg(mmsTypeInWords(file.message.getMMSType()));
+    } else if (file.message.fieldIsPresent(MMS_FIELD_MSG_TYPE)) {
+        const CodeWords *type = codeWords(MMS_FIELD_MSG_TYPE, file.message.header().msgType);
+        kind = type ? QString::fromLatin1(type->words) : u"PDU of an unknown type"_s;
+    }
+    return u"%1: %2, %3, %4\n"_s.arg(printable(file.name), kind, size, lengths);
+}
+
+QString warningsView(const PduWalk &walk)
+{
+    const qint64 number = walk.warnings().size() + walk.untoldWarnings();
+    if (number == 0) {
+        return {};
+    }
+    QString view = u"\n  "_s + counted(number, "warning"_L1) + u'\n';
+    for (const Finding &warning : walk.warnings()) {
+        view += u"  offset %1, %2: %3\n"_s.arg(warning.offset)
+                    .arg(warning.field, harmless(warning.message));
+    }
+    if (walk.untoldWarnings() > 0) {
+        view += u"  and %1 more\n"_s.arg(walk.untoldWarnings());
+    }
+    return view;
+}
+
+QString messageView(const DecodedFile &file, Detail detail)
+{
+    return titleOf(file) + headerView(file) + partsView(file.message, detail)
+        + warningsView(file.walk);
+}
+
+} // namespace wmsg::cli
