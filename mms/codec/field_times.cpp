@@ -3,16 +3,16 @@
 
 #include "mms/codec/fields.h"
 
-#include "core/log.h"
+#include <limits>
 
-// delivery-time := value-length (128 date | 129 integer)     128: seconds since 1970-01-01 00:00
-// UTC expiry        := value-length (128 date | 129 integer)     129: seconds from now
+// delivery-time, expiry := value-length (128 date | 129 integer)
+//   128: seconds since 1970-01-01 00:00 UTC     129: seconds from now
 
 namespace {
 
 constexpr quint8 kAbsolute = 128;
 constexpr quint8 kRelative = 129;
-constexpr qint64 kLatestSecond = 0xFFFFFFFF;
+constexpr qint64 kLatestSecond = std::numeric_limits<qint32>::max();
 
 struct TimeValue {
     quint8 token;
@@ -53,11 +53,7 @@ quint32 Field_DeliveryTime::write(WSP_Stream &stream, MMS_HDR_S *header)
     char bytes[8];
     WSP_Stream value(bytes, sizeof bytes);
     value.writeByte(kAbsolute);
-    if (seconds <= 127) {
-        value.writeInteger(static_cast<qint32>(seconds));
-    } else {
-        value.writeLongInteger(static_cast<quint32>(seconds));
-    }
+    value.writeInteger(static_cast<qint32>(seconds));
     return stream.writeInteger(kId) && writeLengthPrefixed(stream, value) ? 1 : 0;
 }
 
