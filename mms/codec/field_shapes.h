@@ -8,8 +8,8 @@
 /// The shapes that header fields share: each is a codec written once, for a field id and the member
 /// of MMS_HDR_S that holds its value. fields.h gives every field its shape.
 
-/// What printField() logs for a text, number or date: the line of field `id` with the value in it.
-/// Declared once here, so that the shapes need no log of their own.
+/// FieldPrinter logs what printField() prints: the line of field `id` with the value in it. It is
+/// declared once here, so that the shapes need no log of their own.
 class WMSG_EXPORT FieldPrinter {
 public:
     static void text(int id, const QString &value);
@@ -19,12 +19,13 @@ public:
     static void entries(int id, const QValueList<WMFMEntry> &value);
 };
 
+/// FieldOf is a codec that knows the id of its field.
 template <int Id> class FieldOf : public MsgFieldBase {
 public:
     static constexpr int kId = Id;
 };
 
-/// A text string.
+/// TextField is a text string.
 template <int Id, QString MMS_HDR_S::*Member> class TextField : public FieldOf<Id> {
 public:
     quint32 read(WSP_Stream &stream, MMS_HDR_S *header) override
@@ -38,7 +39,7 @@ public:
     void printField(MMS_HDR_S *header) override { FieldPrinter::text(Id, header->*Member); }
 };
 
-/// An encoded string.
+/// EncodedField is an encoded string.
 template <int Id, QString MMS_HDR_S::*Member> class EncodedField : public FieldOf<Id> {
 public:
     quint32 read(WSP_Stream &stream, MMS_HDR_S *header) override
@@ -52,7 +53,7 @@ public:
     void printField(MMS_HDR_S *header) override { FieldPrinter::text(Id, header->*Member); }
 };
 
-/// One byte, kept as it is. It prints the name of its code.
+/// ByteField is one byte, kept as it is. It prints the name of its code.
 template <int Id, quint8 MMS_HDR_S::*Member> class ByteField : public FieldOf<Id> {
 public:
     quint32 read(WSP_Stream &stream, MMS_HDR_S *header) override
@@ -66,7 +67,7 @@ public:
     void printField(MMS_HDR_S *header) override { FieldPrinter::code(Id, header->*Member); }
 };
 
-/// An integer, of which a narrower member keeps the low bits.
+/// IntField is an integer, of which a narrower member keeps the low bits.
 template <int Id, typename Integer, Integer MMS_HDR_S::*Member>
 class IntField : public FieldOf<Id> {
 public:
@@ -86,7 +87,7 @@ public:
     void printField(MMS_HDR_S *header) override { FieldPrinter::number(Id, header->*Member); }
 };
 
-/// Yes (128) or no (129).
+/// BoolField is yes (128) or no (129).
 template <int Id, bool MMS_HDR_S::*Member> class BoolField : public FieldOf<Id> {
 public:
     quint32 read(WSP_Stream &stream, MMS_HDR_S *header) override
@@ -100,7 +101,7 @@ public:
     void printField(MMS_HDR_S *header) override { FieldPrinter::number(Id, header->*Member); }
 };
 
-/// A date in seconds since 1970.
+/// DateField is a date in seconds since 1970.
 template <int Id, QDateTime MMS_HDR_S::*Member> class DateField : public FieldOf<Id> {
 public:
     quint32 read(WSP_Stream &stream, MMS_HDR_S *header) override
@@ -114,7 +115,8 @@ public:
     void printField(MMS_HDR_S *header) override { FieldPrinter::date(Id, header->*Member); }
 };
 
-/// One address of a list. Each field on the wire adds one entry; the list is not cleared.
+/// AddressListField is one address of a list. Each field on the wire adds one entry; the list is
+/// not cleared.
 template <int Id, QValueList<WMFMEntry> MMS_HDR_S::*Member>
 class AddressListField : public FieldOf<Id> {
 public:

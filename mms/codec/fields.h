@@ -35,58 +35,62 @@ class Field_To;             // 23, below
 class Field_TID             final : public TextField<24, &MMS_HDR_S::transactionId> {};
 // clang-format on
 
-/// A well-known media number, alone or behind a value-length and followed by parameters. A media
-/// type as text is not supported here: it fails as a number or reads as another one.
+/// Field_ContentType is a well-known media number, alone or behind a value-length and followed by
+/// parameters. A media type as text is not supported here: it fails as a number or reads as another
+/// one.
 class WMSG_EXPORT Field_ContentType final : public FieldOf<4> {
 public:
-    /// Sets type and parameters, and adds to parameters that are there already. Of the parameters
-    /// Start, Type, the UTF-16 charsets and those with a name as text are kept.
+    /// read sets type and parameters, and adds to parameters that are there already. Of the
+    /// parameters Start, Type, the UTF-16 charsets and those with a name as text are kept. What was
+    /// read by then stays when it fails.
     quint32 read(WSP_Stream &stream, MMS_HDR_S *header) override;
-    /// Writes nothing for an empty content type. Of the parameters Start, Type, "Application-ID"
-    /// and "Reply-To-Application-ID" are written. A media type without a number fails behind the id
-    /// byte.
+    /// write writes nothing for an empty content type. Of the parameters Start, Type,
+    /// "Application-ID" and "Reply-To-Application-ID" are written. A media type without a number
+    /// fails behind the id byte. It returns 1 also when there was no room.
     quint32 write(WSP_Stream &stream, MMS_HDR_S *header) override;
     void printField(MMS_HDR_S *header) override;
 };
 
-/// A value-length, a token and an integer: 128 an absolute time, 129 seconds from now. The length
-/// is not used.
+/// Field_DeliveryTime is a value-length, a token and an integer: 128 an absolute time, 129 seconds
+/// from now. The length is not used.
 class WMSG_EXPORT Field_DeliveryTime final : public FieldOf<7> {
 public:
     quint32 read(WSP_Stream &stream, MMS_HDR_S *header) override;
-    /// Writes the absolute form whatever was read; nothing for a null date.
+    /// write writes the absolute form whatever was read, and nothing for a null date or the first
+    /// second of 1970. It fails for dates that MsgFieldBase::setDate() refuses.
     quint32 write(WSP_Stream &stream, MMS_HDR_S *header) override;
     void printField(MMS_HDR_S *header) override;
 };
 
-/// As the delivery time; the member holds seconds from now.
+/// Field_Expiry is coded as the delivery time; its member holds seconds from now.
 class WMSG_EXPORT Field_Expiry final : public FieldOf<8> {
 public:
     quint32 read(WSP_Stream &stream, MMS_HDR_S *header) override;
-    /// Writes the relative form whatever was read, and nothing for -1. Returns 1 also when there
-    /// was no room.
+    /// write writes the relative form whatever was read, and nothing for -1. It returns 1 also when
+    /// there was no room.
     quint32 write(WSP_Stream &stream, MMS_HDR_S *header) override;
     void printField(MMS_HDR_S *header) override;
 };
 
-/// A value-length and a token: 128 followed by an address, or 129, which asks the network to insert
-/// it.
+/// Field_From is a value-length and a token: 128 followed by an address, or 129, which asks the
+/// network to insert it.
 class WMSG_EXPORT Field_From final : public FieldOf<9> {
 public:
-    /// For an inserted address the contact name and value become null; the type stays.
+    /// read makes contact name and value null when the address is to be inserted; the type stays.
     quint32 read(WSP_Stream &stream, MMS_HDR_S *header) override;
-    /// Writes an invalid sender as 129. Returns 1 also when there was no room.
+    /// write writes an invalid sender as 129. It returns 1 also when there was no room.
     quint32 write(WSP_Stream &stream, MMS_HDR_S *header) override;
     void printField(MMS_HDR_S *header) override;
 };
 
-/// An integer whose low byte is the version. It prints as major and minor number.
+/// Field_Version is an integer whose low byte is the version. It prints as major and minor number.
 class WMSG_EXPORT Field_Version final : public IntField<13, quint8, &MMS_HDR_S::version> {
 public:
     void printField(MMS_HDR_S *header) override;
 };
 
-/// Shown (129, true) or hidden (128, false): the inverse of the other flags.
+/// Field_SenderVisibility is shown (129, true) or hidden (128, false): the inverse of the other
+/// flags.
 class WMSG_EXPORT Field_SenderVisibility final
     : public BoolField<20, &MMS_HDR_S::senderVisibility> {
 public:
@@ -94,13 +98,14 @@ public:
     quint32 write(WSP_Stream &stream, MMS_HDR_S *header) override;
 };
 
-/// Its read returns 1 even when it failed.
+/// Field_Subject is an encoded string. Its read returns 1 even when it failed; the subject is then
+/// as it was.
 class WMSG_EXPORT Field_Subject final : public EncodedField<22, &MMS_HDR_S::subject> {
 public:
     quint32 read(WSP_Stream &stream, MMS_HDR_S *header) override;
 };
 
-/// Its write returns 1 even when it failed.
+/// Field_To is an address list. Its write returns 1 even when it failed.
 class WMSG_EXPORT Field_To final : public AddressListField<23, &MMS_HDR_S::to> {
 public:
     quint32 write(WSP_Stream &stream, MMS_HDR_S *header) override;

@@ -53,9 +53,9 @@ enum MMS_PDU_TYPE_E : unsigned char {
     MMS_PDU_STORED = 0x87
 };
 
-/// All header values of one PDU. Which of them are present is told by a Msg_Field_Mask beside it; a
-/// value without its flag is what a cleared message has. Codes are kept as the bytes of MMS
-/// encapsulation.
+/// MMS_HDR_S holds all header values of one PDU. Which of them are present is told by a
+/// Msg_Field_Mask beside it; a value without its flag is what a cleared message has. Codes are kept
+/// as the bytes of MMS encapsulation.
 struct MMS_HDR_S {
     QValueList<WMFMEntry> bcc;
     QValueList<WMFMEntry> cc;

@@ -7,19 +7,21 @@
 
 #include <array>
 
-/// Which header fields of a message are present, by field id 1 to 24.
+/// Msg_Field_Mask tells which header fields of a message are present, by field id 1 to 24. It is a
+/// value: copies are independent.
 class Msg_Field_Mask {
 public:
-    /// No field is present.
+    /// Msg_Field_Mask() marks every field as absent.
     Msg_Field_Mask() { clear(); }
 
-    /// Marks every field as absent; always 1. A single field cannot be unmarked.
+    /// clear marks every field as absent and returns 1. A single field cannot be unmarked.
     quint32 clear()
     {
         m_flags.fill(0);
         return 1;
     }
-    /// Marks field `id` as present and returns 1; 0 for an id that is no field's.
+    /// setMask marks field `id` as present and returns 1; for an id that is no field's it returns 0
+    /// and changes nothing.
     quint32 setMask(unsigned char id)
     {
         if (!isField(id)) {
@@ -28,9 +30,9 @@ public:
         m_flags[id] = 1;
         return 1;
     }
-    /// 1 when field `id` is present; 0 when it is absent or no field.
+    /// getMask returns 1 when field `id` is present, 0 when it is absent or no field.
     quint32 getMask(unsigned char id) const { return isField(id) && m_flags[id] != 0 ? 1 : 0; }
-    /// The highest field id.
+    /// getFieldsCount returns the highest field id, 24.
     static quint32 getFieldsCount() { return kFieldCount; }
 
 private:
