@@ -3,7 +3,7 @@
 
 // The input is the text of an address or of a list of them, in UTF-8.
 
-#include "fuzz_support.h"
+#include "fuzz/fuzz_support.h"
 #include "util/mms_util_common.h"
 
 #include <QtCore/QStringList>

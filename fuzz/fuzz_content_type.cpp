@@ -3,7 +3,7 @@
 
 // The input is the text of a content type, in UTF-8.
 
-#include "fuzz_support.h"
+#include "fuzz/fuzz_support.h"
 #include "mms/codec/wmmscontenttype.h"
 
 #include <QtCore/QStringList>

@@ -3,8 +3,8 @@
 
 // The input is a mail file.
 
-#include "fuzz_support.h"
-#include "message_properties.h"
+#include "fuzz/fuzz_support.h"
+#include "fuzz/message_properties.h"
 #include "mms/codec/mms_hdr_s.h"
 #include "mms/model/mail_file.h"
 #include "mms/model/result_codes.h"

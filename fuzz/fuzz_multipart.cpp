@@ -3,8 +3,8 @@
 
 // The input is a multipart body.
 
-#include "fuzz_support.h"
-#include "message_properties.h"
+#include "fuzz/fuzz_support.h"
+#include "fuzz/message_properties.h"
 #include "mms/model/wmmsmultipart.h"
 
 #include <cstring>

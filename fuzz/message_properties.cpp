@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The wmsg authors
 // SPDX-License-Identifier: Apache-2.0
 
-#include "message_properties.h"
+#include "fuzz/message_properties.h"
 
-#include "fuzz_support.h"
+#include "fuzz/fuzz_support.h"
 #include "mms/codec/mms_hdr_s.h"
 #include "mms/model/result_codes.h"
 

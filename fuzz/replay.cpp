@@ -5,7 +5,7 @@
 // A .bin file is an input as it stands, a .hex file spells one. The first folder must hold one at
 // least. Inputs are also cut short, so that the ends of all values are met.
 
-#include "fuzz_support.h"
+#include "fuzz/fuzz_support.h"
 #include "tests/support/hex.h"
 
 #include <QtCore/QByteArray>

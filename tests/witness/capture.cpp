@@ -5,7 +5,7 @@
 //   file-header, packet-header: little-endian, 24 and 16 bytes   ip-header, tcp-header: 20 bytes
 //   each, big-endian, without options; their checksums are 0, which readers do not mind
 
-#include "capture.h"
+#include "tests/witness/capture.h"
 
 #include <QtCore/QtEndian>
 

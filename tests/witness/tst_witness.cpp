@@ -6,7 +6,7 @@
 #include "mms/model/wmmsmsg.h"
 #include "platform/applog/applog.h"
 #include "tests/support/hex.h"
-#include "witness.h"
+#include "tests/witness/witness.h"
 
 #include <QtTest/QtTest>
 

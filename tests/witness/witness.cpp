@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The wmsg authors
 // SPDX-License-Identifier: Apache-2.0
 
-#include "witness.h"
+#include "tests/witness/witness.h"
 
 #include "tests/support/hex.h"
 

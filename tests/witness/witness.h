@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "capture.h"
+#include "tests/witness/capture.h"
 
 #include <QtCore/QByteArray>
 #include <QtCore/QByteArrayView>
