@@ -57,10 +57,6 @@ endif()
 configure_file(${PROJECT_SOURCE_DIR}/cmake/wmsg.pc.in ${PROJECT_BINARY_DIR}/wmsg.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/wmsg.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 
-if(TARGET wmsg-tool)
-    install(TARGETS wmsg-tool RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
-endif()
-
 if(WMSG_DEVELOPER)
     # Each public header compiles alone; the forwarding headers do when those do.
     set_target_properties(wmsg PROPERTIES INTERFACE_HEADER_SETS_TO_VERIFY "HEADERS;contracts")

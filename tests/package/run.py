@@ -49,13 +49,15 @@ def install(build, prefix):
             sys.exit(f"{path} points to the source tree")
 
 
-def check_run(program, folder):
-    """Runs a program in a folder of its own; it must leave a mail file there."""
+def check_run(program, folder, prefix):
+    """Runs a program in a folder of its own; it must leave a mail file there, which the installed command reads."""
     shutil.rmtree(folder, ignore_errors=True)
     folder.mkdir()
     run(program, folder / "message.mms", cwd=folder)
-    if not list(folder.iterdir()):
-        sys.exit(f"{program} saved nothing")
+    saved = list(folder.iterdir())
+    if len(saved) != 1:
+        sys.exit(f"{program} saved {len(saved)} files, not one")
+    run(prefix / "bin" / "wmsg", "decode", saved[0])
 
 
 def through_cmake(work, prefix, compiler, flags):
@@ -66,7 +68,7 @@ def through_cmake(work, prefix, compiler, flags):
         f"-DCMAKE_CXX_COMPILER={compiler}", f"-DCMAKE_CXX_FLAGS={flags}", f"-DREADME_PROGRAM={work / 'readme.cpp'}")
     run("cmake", "--build", build)
     for name in ("round_trip", "readme"):
-        check_run(build / name, work / f"{name}_files")
+        check_run(build / name, work / f"{name}_files", prefix)
 
 
 def through_pkg_config(work, prefix, libraries, compiler, flags):
@@ -76,7 +78,7 @@ def through_pkg_config(work, prefix, libraries, compiler, flags):
     program = work / "round_trip_pkg_config"
     run(compiler, "-std=c++17", "-fPIC", *shlex.split(flags), HERE / "round_trip.cpp", "-o", program, *words,
         f"-Wl,-rpath,{prefix / libraries}", env=environment)
-    check_run(program, work / "pkg_config_files")
+    check_run(program, work / "pkg_config_files", prefix)
 
 
 def main():
