@@ -114,7 +114,7 @@ QString dateInWords(const QDateTime &date)
     const QDateTime local = date.toLocalTime();
     const int minutes = local.offsetFromUtc() / 60;
     return u"%1 %2%3%4 (%5)"_s.arg(local.toString(u"yyyy-MM-dd HH:mm:ss"_s))
-        .arg(QLatin1Char(minutes < 0 ? '-' : '+'))
+        .arg(QChar(minutes < 0 ? u'-' : u'+'))
         .arg(qAbs(minutes) / 60, 2, 10, QLatin1Char('0'))
         .arg(qAbs(minutes) % 60, 2, 10, QLatin1Char('0'))
         .arg(local.timeZoneAbbreviation());
