@@ -14,7 +14,7 @@ WORDS = {
     r"\bspec(?:s|ification|ifications)?\b": "points to a document; state the fact itself",
     r"\b(?:sections?|chapters?|clauses?|(?-i:Parts?)|annex) \d+\.\d": "points to a numbered place; state the fact itself",
     r"\bRFC[ -]?\d{3,}|\bWAP-\d{3}|\bOMA-[A-Z]{2,}": "points to a document; state the fact itself",
-    r"(?<![\w.<$}])/(?:home|work|root|mnt|Users)/\w": "is a path of one machine",
+    r"(?<![\w.<$}])/(?:(?:home|root|mnt|Users)/[\w.]{2,}/|work/)\w": "is a path of one machine",
     r"(?-i:\b(?:TODO|FIXME|HACK)\b|(?<=[/#*] )XXX\b)(?!\(#\d+\))": "is unfinished; finish it, or name an issue: TODO(#12)",
     r"\bnot (?:yet )?implemented\b|\bunimplemented\b": "is unfinished",
 }
