@@ -12,7 +12,8 @@ namespace {
 
 constexpr quint8 kAbsolute = 128;
 constexpr quint8 kRelative = 129;
-constexpr qint64 kLatestSecond = std::numeric_limits<qint32>::max();
+constexpr qint64 kLatestShort = 127;
+constexpr qint64 kLatestSecond = std::numeric_limits<quint32>::max();
 
 struct TimeValue {
     quint8 token;
@@ -53,7 +54,11 @@ quint32 Field_DeliveryTime::write(WSP_Stream &stream, MMS_HDR_S *header)
     char bytes[8];
     WSP_Stream value(bytes, sizeof bytes);
     value.writeByte(kAbsolute);
-    value.writeInteger(static_cast<qint32>(seconds));
+    if (seconds <= kLatestShort) {
+        value.writeInteger(static_cast<qint32>(seconds));
+    } else {
+        value.writeLongInteger(static_cast<quint32>(seconds));
+    }
     return stream.writeInteger(kId) && writeLengthPrefixed(stream, value) ? 1 : 0;
 }
 

@@ -57,7 +57,7 @@ class WMSG_EXPORT Field_DeliveryTime final : public FieldOf<7> {
 public:
     quint32 read(WSP_Stream &stream, MMS_HDR_S *header) override;
     /// write writes the absolute form whatever was read, and nothing for a null date or the first
-    /// second of 1970. It fails for dates that MsgFieldBase::setDate() refuses.
+    /// second of 1970. It fails for a date that is invalid, before 1970 or beyond 2^32 - 1 seconds.
     quint32 write(WSP_Stream &stream, MMS_HDR_S *header) override;
     void printField(MMS_HDR_S *header) override;
 };
