@@ -99,6 +99,7 @@ public:
 
     /// operator= shares the block of `other`; the other holders of the block held until now keep
     /// that.
+    // NOLINTNEXTLINE(bugprone-unhandled-self-assignment): the temporary holds the block
     QArray &operator=(const QArray &other) noexcept
     {
         QArray(other).swap(*this);

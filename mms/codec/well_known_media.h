@@ -18,10 +18,10 @@ struct MediaType {
     quint8 size;
     quint8 slash;
 
+    // The rows of the table are bare texts.
     template <size_t N>
-    constexpr MediaType(
-        const char16_t (&literal)[N]) // NOLINT(google-explicit-constructor): rows of the table
-        : text(literal), size(N - 1), slash(0)
+    // NOLINTNEXTLINE(google-explicit-constructor)
+    constexpr MediaType(const char16_t (&literal)[N]) : text(literal), size(N - 1), slash(0)
     {
         while (literal[slash] != u'/') {
             ++slash;

@@ -81,6 +81,7 @@ int relatedType(const QValueList<WMMSMultipart> &parts, quint16 rootMedia)
 
 } // namespace
 
+// The signature is fixed. NOLINTNEXTLINE(performance-unnecessary-value-param)
 int WMMSMsg::getMMSTypeByContentType(WMMSContentType contentType, bool inspectParts) const
 {
     logLine(8, "Entering function %s\n", "getMMSTypeByContentType");
