@@ -127,7 +127,7 @@ private Q_SLOTS:
 private:
     /// Lets tshark read `pdu`, which must be encoded, free of complaints and an MMS message. The
     /// header fields must be `expected`; `inBytes` holds those to compare by their bytes.
-    void compareFields(const QByteArray &pdu, Direction direction, Fields expected,
+    void compareFields(const QByteArray &pdu, Direction direction, const Fields &expected,
                        const Fields &inBytes, Testimony &testimony);
     void compareSlideShow(const Testimony &testimony);
 
@@ -143,7 +143,7 @@ void TestWitness::initTestCase()
     QVERIFY2(Witness::isPresent(), "tshark is not installed: run scripts/install-deps");
 }
 
-void TestWitness::compareFields(const QByteArray &pdu, Direction direction, Fields expected,
+void TestWitness::compareFields(const QByteArray &pdu, Direction direction, const Fields &expected,
                                 const Fields &inBytes, Testimony &testimony)
 {
     QVERIFY2(!pdu.isEmpty(), "the message was not encoded");

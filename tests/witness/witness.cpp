@@ -61,7 +61,7 @@ QList<QJsonArray> rawValues(const QJsonObject &layer, const QString &field)
         return {value};
     }
     QList<QJsonArray> values;
-    for (const QJsonValue &one : value) {
+    for (const auto &one : value) {
         values.append(one.toArray());
     }
     return values;
@@ -113,7 +113,8 @@ QMap<QString, QStringList> Testimony::fields() const
         if (!field.key().startsWith(prefix) || field.key().endsWith("_raw")) {
             continue;
         }
-        for (const QJsonValue &value : asArray(field.value())) {
+        const QJsonArray values = asArray(field.value());
+        for (const auto &value : values) {
             fields[field.key().mid(prefix.size())].append(value.toString());
         }
     }
