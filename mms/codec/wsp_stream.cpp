@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <numeric>
 
 // integer       := short-integer | long-integer
 //   short-integer: one byte, 0x80 | value (0..127)   long-integer: length (1..127), value, most
@@ -45,8 +46,10 @@ public:
 private:
     static bool isAscii(QStringView text)
     {
-        return std::all_of(text.utf16(), text.utf16() + text.size(),
-                           [](char16_t c) { return c < 0x80; });
+        // Without an early end the compiler takes many units at a time.
+        return std::accumulate(text.utf16(), text.utf16() + text.size(), 0U,
+                               [](unsigned seen, char16_t c) { return seen | c; })
+            < 0x80;
     }
 
     QStringView m_ascii; // empty when the text is in m_bytes
@@ -121,14 +124,6 @@ quint32 WSP_Stream::readInteger(quint32 &out)
     }
     out = value;
     return 1;
-}
-
-quint32 WSP_Stream::writeInteger(qint32 value)
-{
-    if (value <= 127) {
-        return writeByte(static_cast<quint8>((value & 0x7F) | kHighBit));
-    }
-    return writeLongInteger(static_cast<quint32>(value));
 }
 
 quint32 WSP_Stream::writeLongInteger(quint32 value)

@@ -81,7 +81,11 @@ public:
     quint32 readInteger(quint32 &out);
     /// writeInteger writes 127 and less (negative values too: their low seven bits) as a
     /// Short-integer, more as a Long-integer.
-    quint32 writeInteger(qint32 value);
+    quint32 writeInteger(qint32 value)
+    {
+        return value <= 127 ? writeByte(static_cast<quint8>((value & 0x7F) | 0x80))
+                            : writeLongInteger(static_cast<quint32>(value));
+    }
     /// writeLongInteger writes a Long-integer: a length byte, then the value without its leading
     /// zero bytes.
     quint32 writeLongInteger(quint32 value);

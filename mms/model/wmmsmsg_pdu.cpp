@@ -137,12 +137,6 @@ void WMMSMsg::setSingleBody(const QArray<char> &received)
 
 quint32 WMMSMsg::packTo(QArray<char> &out, int *headerLength, int *bodyLength)
 {
-    if (m_body.holds(out)) { // encoding into the very bytes that are encoded
-        QArray<char> own;
-        const quint32 result = packTo(own, headerLength, bodyLength);
-        out = own;
-        return result;
-    }
     if (!hasContent()) {
         return packHeaderAlone(out); // Kept: without a body the two lengths are not stored.
     }
@@ -219,7 +213,7 @@ quint32 WMMSMsg::encodeHeader(WSP_Stream &stream)
         if (id == wmsg::model::kEndOfRow) {
             break;
         }
-        if (!fieldIsPresent(static_cast<quint8>(id))) {
+        if (!m_mask->getMask(static_cast<quint8>(id))) {
             continue;
         }
         if (const quint32 result = encodeField(stream, id); result != MMS_ENCODE_OK) {
