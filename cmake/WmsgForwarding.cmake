@@ -50,6 +50,30 @@ set(WMSG_FORWARDING
     mms/model/wmmsmsg.h          WMMSMsg
     mms/model/wmmsmultipart.h    WMMSMultipart
 
+    mms/session/mms_ua_cmditem.h MMS_UA_CmdItem
+    mms/session/mms_ua_cmd.h     MMS_UA_Cmd
+    mms/session/mms_ua_cmd.h     MMS_UA_TextCmd
+    mms/session/mms_ua_cmd.h     MMS_UA_UriCmd
+    mms/session/mms_ua_cmd.h     MMS_UA_AppIdCmd
+    mms/session/mms_ua_cmd.h     MMS_UA_TargetCmd
+    mms/session/mms_ua_cmd.h     MMS_UA_SendCmd
+    mms/session/mms_ua_cmd.h     MMS_UA_RegisterCmd
+    mms/session/mms_ua_cmd.h     MMS_UA_DeRegisterCmd
+    mms/session/mms_ua_cmd.h     MMS_UA_RetrieveCmd
+    mms/session/mms_ua_cmd.h     MMS_UA_AbortCmd
+    mms/session/mms_ua_cmd.h     MMS_UA_PauseCmd
+    mms/session/mms_ua_cmd.h     MMS_UA_ResumeCmd
+    mms/session/mms_ua_svcmd.h   MMS_UA_SvCmd
+    mms/session/mms_ua_svcmd.h   MMS_UA_SvReqCompleteCmd
+    mms/session/mms_ua_svcmd.h   MMS_UA_SvRegCompleteCmd
+    mms/session/mms_ua_svcmd.h   MMS_UA_SvRetrCompleteCmd
+    mms/session/mms_ua_svcmd.h   MMS_UA_SvProgCmd
+    mms/session/mms_ua_svcmd.h   MMS_UA_SvStsRetCmd
+    mms/session/mms_ua_svcmd.h   MMS_UA_SvNotiCmd
+    mms/session/mms_ua_svcmd.h   MMS_UA_SvReportCmd
+    mms/session/mms_ua_svcmd.h   MMS_UA_SvDeliCmd
+    mms/session/mms_ua_svcmd.h   MMS_UA_SvReadRecCmd
+
     util/mms_util_common.h       MMS_UTIL_Common
 
     platform/application/wapplication.h             WApplication

@@ -10,14 +10,15 @@
 
 namespace vectors {
 
-static constexpr std::array kNotLanded = {"proxy.", "sms.", "drm."};
+static constexpr std::array kNotLanded = {"sms.", "drm."};
 
 static QHash<QString, Operation> allOperations()
 {
     QHash<QString, Operation> all;
-    for (const Operations &group : {wspOperations(), entryOperations(), contentTypeOperations(),
-                                    fieldOperations(), partOperations(), messageOperations(),
-                                    mailFileOperations(), textOperations(), toolOperations()}) {
+    for (const Operations &group :
+         {wspOperations(), entryOperations(), contentTypeOperations(), fieldOperations(),
+          partOperations(), messageOperations(), mailFileOperations(), textOperations(),
+          toolOperations(), proxyOperations()}) {
         for (const Operation &operation : group) {
             all.insert(operation.name, operation);
         }

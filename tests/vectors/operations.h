@@ -54,6 +54,7 @@ Operations messageOperations();
 Operations mailFileOperations();
 Operations textOperations();
 Operations toolOperations();
+Operations proxyOperations();
 
 /// The row of `name`, null when there is none.
 const Operation *findOperation(const QString &name);
