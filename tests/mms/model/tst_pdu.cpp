@@ -327,6 +327,7 @@ void TestPdu::refusesOtherTypes()
     }
 }
 
+// without a body the two lengths are not stored
 void TestPdu::withoutABodyTheLengthsAreNotStored()
 {
     WMMSMsg message = bareMessage(0x83);

@@ -38,51 +38,87 @@ QString addresses(const QList<WMFMEntry> &entries)
     return texts.join("; ");
 }
 
-// One header field: a value set, how it reads, and what it reads in a message without values.
+QString text(const QString &value)
+{
+    return value;
+}
+QString text(const QList<WMFMEntry> &value)
+{
+    return addresses(value);
+}
+QString text(const WMFMEntry &value)
+{
+    return addresses({value});
+}
+QString text(const WMMSContentType &value)
+{
+    return value.getMimeType();
+}
+QString text(const QDateTime &value)
+{
+    return value.toString(Qt::ISODate);
+}
+template <typename Number> QString text(Number value)
+{
+    return QString::number(value);
+}
+
+// One header field: a value set, how it reads, and how it reads in a message without values.
 struct Field {
     int id;
     const char *name;
     std::function<bool(WMMSMsg &)> set;
     std::function<QString(WMMSMsg &)> get;
-    QString set_;
+    QString shown;
     QString cleared;
 };
 
-template <typename Value> QString number(Value value)
+template <typename Setter, typename Value, typename Getter>
+Field field(int id, const char *name, Setter setter, const Value &value, Getter getter,
+            const char *shown, const char *cleared)
 {
-    return QString::number(value);
+    return {id,
+            name,
+            [=](WMMSMsg &message) { return (message.*setter)(value); },
+            [=](WMMSMsg &message) { return text((message.*getter)()); },
+            shown,
+            cleared};
 }
+
+using M = WMMSMsg;
+using SetList = bool (M::*)(const QList<WMFMEntry> &);
 
 const QDateTime kDate(QDate(2004, 2, 29), QTime(12, 34, 56));
 const QList<WMFMEntry> kTwo = {WMFMEntry(1, "123", "Ann"), WMFMEntry(0, "b@x")};
-const QString kTwoShown = "1 123 Ann; 0 b@x ";
+const char *const kTwoShown = "1 123 Ann; 0 b@x ";
+const char *const kNull = nullptr;
 
 // clang-format off
 const QList<Field> kFields = {
-    {1, "bcc", [](WMMSMsg &m) { return m.setBcc(kTwo); }, [](WMMSMsg &m) { return addresses(m.getBcc()); }, kTwoShown, QString()},
-    {2, "cc", [](WMMSMsg &m) { return m.setCc(kTwo); }, [](WMMSMsg &m) { return addresses(m.getCc()); }, kTwoShown, QString()},
-    {3, "content location", [](WMMSMsg &m) { return m.setContentLocation("http://x"); }, [](WMMSMsg &m) { return m.getContentLocation(); }, "http://x", QString()},
-    {4, "content type", [](WMMSMsg &m) { return m.setContentType(typeOf("a/b")); }, [](WMMSMsg &m) { return m.getContentType().getMimeType(); }, "a/b", ""},
-    {5, "date", [](WMMSMsg &m) { return m.setDate(kDate); }, [](WMMSMsg &m) { return m.getDate().toString(Qt::ISODate); }, "2004-02-29T12:34:56", QString()},
-    {6, "delivery report", [](WMMSMsg &m) { return m.setDeliveryReportNecessity(true); }, [](WMMSMsg &m) { return number(m.getDeliveryReportNecessity()); }, "1", "0"},
-    {7, "delivery time", [](WMMSMsg &m) { return m.setDeliveryTime(kDate); }, [](WMMSMsg &m) { return m.getDeliveryTime().toString(Qt::ISODate); }, "2004-02-29T12:34:56", QString()},
-    {8, "expiry", [](WMMSMsg &m) { return m.setExpiryTime(0xFFFFFFFE); }, [](WMMSMsg &m) { return number(m.getExpiryTime()); }, "4294967294", "4294967295"},
-    {9, "from", [](WMMSMsg &m) { return m.setFrom(kTwo[0]); }, [](WMMSMsg &m) { return addresses({m.getFrom()}); }, "1 123 Ann", "127  "},
-    {10, "class", [](WMMSMsg &m) { return m.setMsgClass(131); }, [](WMMSMsg &m) { return number(m.getMsgClass()); }, "131", "0"},
-    {11, "message id", [](WMMSMsg &m) { return m.setMsgID("id"); }, [](WMMSMsg &m) { return m.getMsgID(); }, "id", QString()},
-    {12, "PDU type", [](WMMSMsg &m) { return m.setPDUType(0x84); }, [](WMMSMsg &m) { return number(m.getPDUType()); }, "132", "0"},
-    {13, "version", [](WMMSMsg &m) { return m.setVersion(0x12); }, [](WMMSMsg &m) { return number(m.getVersion()); }, "18", "0"},
-    {14, "size", [](WMMSMsg &m) { return m.setMsgSize(-5); }, [](WMMSMsg &m) { return number(m.getMsgSize()); }, "-5", "0"},
-    {15, "priority", [](WMMSMsg &m) { return m.setPriority(130); }, [](WMMSMsg &m) { return number(m.getPriority()); }, "130", "0"},
-    {16, "read report", [](WMMSMsg &m) { return m.setReadReportNecessity(true); }, [](WMMSMsg &m) { return number(m.getReadReportNecessity()); }, "1", "0"},
-    {17, "report allowed", [](WMMSMsg &m) { return m.setReportAllowedity(true); }, [](WMMSMsg &m) { return number(m.getReportAllowedity()); }, "1", "0"},
-    {18, "response status", [](WMMSMsg &m) { return m.setResponseStatus(224); }, [](WMMSMsg &m) { return number(m.getResponseStatus()); }, "224", "0"},
-    {19, "response text", [](WMMSMsg &m) { return m.setResponseText("no"); }, [](WMMSMsg &m) { return m.getResponseText(); }, "no", QString()},
-    {20, "sender visibility", [](WMMSMsg &m) { return m.setSenderVisibility(true); }, [](WMMSMsg &m) { return number(m.getSenderVisibility()); }, "1", "0"},
-    {21, "status", [](WMMSMsg &m) { return m.setMsgStatus(129); }, [](WMMSMsg &m) { return number(m.getMsgStatus()); }, "129", "0"},
-    {22, "subject", [](WMMSMsg &m) { return m.setSubject("s"); }, [](WMMSMsg &m) { return m.getSubject(); }, "s", QString()},
-    {23, "to", [](WMMSMsg &m) { return m.setTo(kTwo); }, [](WMMSMsg &m) { return addresses(m.getTo()); }, kTwoShown, QString()},
-    {24, "transaction id", [](WMMSMsg &m) { return m.setTransactionID("t"); }, [](WMMSMsg &m) { return m.getTransactionID(); }, "t", QString()},
+    field(1, "bcc", SetList(&M::setBcc), kTwo, &M::getBcc, kTwoShown, kNull),
+    field(2, "cc", SetList(&M::setCc), kTwo, &M::getCc, kTwoShown, kNull),
+    field(3, "content location", &M::setContentLocation, "http://x", &M::getContentLocation, "http://x", kNull),
+    field(4, "content type", &M::setContentType, typeOf("a/b"), &M::getContentType, "a/b", ""),
+    field(5, "date", &M::setDate, kDate, &M::getDate, "2004-02-29T12:34:56", kNull),
+    field(6, "delivery report", &M::setDeliveryReportNecessity, true, &M::getDeliveryReportNecessity, "1", "0"),
+    field(7, "delivery time", &M::setDeliveryTime, kDate, &M::getDeliveryTime, "2004-02-29T12:34:56", kNull),
+    field(8, "expiry", &M::setExpiryTime, 0xFFFFFFFE, &M::getExpiryTime, "4294967294", "4294967295"),
+    field(9, "from", &M::setFrom, kTwo[0], &M::getFrom, "1 123 Ann", "127  "),
+    field(10, "class", &M::setMsgClass, 131, &M::getMsgClass, "131", "0"),
+    field(11, "message id", &M::setMsgID, "id", &M::getMsgID, "id", kNull),
+    field(12, "PDU type", &M::setPDUType, 0x84, &M::getPDUType, "132", "0"),
+    field(13, "version", &M::setVersion, 0x12, &M::getVersion, "18", "0"),
+    field(14, "size", &M::setMsgSize, -5, &M::getMsgSize, "-5", "0"),
+    field(15, "priority", &M::setPriority, 130, &M::getPriority, "130", "0"),
+    field(16, "read report", &M::setReadReportNecessity, true, &M::getReadReportNecessity, "1", "0"),
+    field(17, "report allowed", &M::setReportAllowedity, true, &M::getReportAllowedity, "1", "0"),
+    field(18, "response status", &M::setResponseStatus, 224, &M::getResponseStatus, "224", "0"),
+    field(19, "response text", &M::setResponseText, "no", &M::getResponseText, "no", kNull),
+    field(20, "sender visibility", &M::setSenderVisibility, true, &M::getSenderVisibility, "1", "0"),
+    field(21, "status", &M::setMsgStatus, 129, &M::getMsgStatus, "129", "0"),
+    field(22, "subject", &M::setSubject, "s", &M::getSubject, "s", kNull),
+    field(23, "to", SetList(&M::setTo), kTwo, &M::getTo, kTwoShown, kNull),
+    field(24, "transaction id", &M::setTransactionID, "t", &M::getTransactionID, "t", kNull),
 };
 // clang-format on
 
@@ -182,7 +218,7 @@ void TestWMMSMsg::settersMarkTheirField()
     message.clear();
     QVERIFY(field.set(message));
     QCOMPARE(present(message), QList<int>{field.id});
-    QCOMPARE(field.get(message), field.set_);
+    QCOMPARE(field.get(message), field.shown);
     for (const Field &other : kFields) {
         if (other.id != field.id) {
             QCOMPARE(other.get(message), other.cleared);
@@ -215,8 +251,8 @@ void TestWMMSMsg::copiesHaveEveryField()
     assigned = message;
     for (WMMSMsg *same : {&copy, &assigned}) {
         QCOMPARE(present(*same), QList<int>{field.id});
-        QCOMPARE(field.get(*same), field.set_);
-        QCOMPARE(field.get(message), field.set_);
+        QCOMPARE(field.get(*same), field.shown);
+        QCOMPARE(field.get(message), field.shown);
     }
 }
 
@@ -227,7 +263,7 @@ void TestWMMSMsg::copiesAreDeep()
     WMMSMsg copy(message);
     copy.clear();
     for (const Field &field : kFields) {
-        QCOMPARE(field.get(message), field.set_);
+        QCOMPARE(field.get(message), field.shown);
         QVERIFY(message.fieldIsPresent(static_cast<unsigned char>(field.id)));
     }
 }
@@ -393,9 +429,9 @@ void TestWMMSMsg::appendingLeavesACopyAlone()
     message.setCc(WMFMEntry(1, "new"));
     message.setBcc(WMFMEntry(1, "new"));
     message.getTo().first().setEntryVal("changed");
-    QCOMPARE(addresses(copy.getTo()), kTwoShown);
-    QCOMPARE(addresses(copy.getCc()), kTwoShown);
-    QCOMPARE(addresses(copy.getBcc()), kTwoShown);
+    QCOMPARE(addresses(copy.getTo()), QString(kTwoShown));
+    QCOMPARE(addresses(copy.getCc()), QString(kTwoShown));
+    QCOMPARE(addresses(copy.getBcc()), QString(kTwoShown));
     QCOMPARE(message.getTo().size(), 3);
 }
 

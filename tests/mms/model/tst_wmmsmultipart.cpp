@@ -11,6 +11,36 @@
 #include <climits>
 #include <sys/stat.h>
 
+namespace {
+
+struct NameRow {
+    const char *name;
+    const char *type;
+    const char *id;
+    const char *location;
+    const char *dir;
+    const char *expected;
+};
+
+// clang-format off
+const NameRow kNames[] = {
+    {"by location", "image/jpeg", "<i>", "a.jpg", "/d", "/d/a.jpg"},
+    {"by id", "image/jpeg", "<i.jpg>", "", "/d/", "/d/i.jpg"},
+    {"an extension of the type is kept", "image/jpeg", "", "a.jpeg", "/d", "/d/a.jpeg"},
+    {"a foreign extension is replaced", "image/jpeg", "", "a.txt", "/d", "/d/a.jpg"},
+    {"a missing extension is added", "image/jpeg", "", "a", "/d", "/d/a.jpg"},
+    {"the case of the extension counts", "image/jpeg", "", "a.JPG", "/d", "/d/a.jpg"},
+    {"quotes and brackets are removed", "image/jpeg", "", "\"<a>b\".jpg", "/d", "/d/ab.jpg"},
+    {"an unknown type keeps the name", "x-no/such", "", "a.b", "/d", "/d/a.b"},
+    {"an unknown type without extension", "x-no/such", "", "<a>", "/d", "/d/a"},
+    {"directories are dropped", "image/jpeg", "", "../../etc/a.jpg", "/d", "/d/a.jpg"},
+    {"a film of a foreign extension", "video/3gpp", "", "a.xyz", "/d", "/d/a.3gp"},
+    {"a sound without extension", "audio/amr", "", "a", "/d", "/d/a.amr"},
+};
+// clang-format on
+
+} // namespace
+
 class TestWMMSMultipart : public QObject {
     Q_OBJECT
 
@@ -505,67 +535,9 @@ void TestWMMSMultipart::suggestsAFileName_data()
     QTest::addColumn<QString>("location");
     QTest::addColumn<QString>("dir");
     QTest::addColumn<QString>("expected");
-
-    QTest::newRow("by location") << "image/jpeg"
-                                 << "<i>"
-                                 << "a.jpg"
-                                 << "/d"
-                                 << "/d/a.jpg";
-    QTest::newRow("by id") << "image/jpeg"
-                           << "<i.jpg>"
-                           << ""
-                           << "/d/"
-                           << "/d/i.jpg";
-    QTest::newRow("an extension of the type is kept") << "image/jpeg"
-                                                      << ""
-                                                      << "a.jpeg"
-                                                      << "/d"
-                                                      << "/d/a.jpeg";
-    QTest::newRow("a foreign extension is replaced") << "image/jpeg"
-                                                     << ""
-                                                     << "a.txt"
-                                                     << "/d"
-                                                     << "/d/a.jpg";
-    QTest::newRow("a missing extension is added") << "image/jpeg"
-                                                  << ""
-                                                  << "a"
-                                                  << "/d"
-                                                  << "/d/a.jpg";
-    QTest::newRow("the case of the extension counts") << "image/jpeg"
-                                                      << ""
-                                                      << "a.JPG"
-                                                      << "/d"
-                                                      << "/d/a.jpg";
-    QTest::newRow("quotes and brackets are removed") << "image/jpeg"
-                                                     << ""
-                                                     << "\"<a>b\".jpg"
-                                                     << "/d"
-                                                     << "/d/ab.jpg";
-    QTest::newRow("an unknown type keeps the name") << "x-no/such"
-                                                    << ""
-                                                    << "a.b"
-                                                    << "/d"
-                                                    << "/d/a.b";
-    QTest::newRow("an unknown type without extension") << "x-no/such"
-                                                       << ""
-                                                       << "<a>"
-                                                       << "/d"
-                                                       << "/d/a";
-    QTest::newRow("directories are dropped") << "image/jpeg"
-                                             << ""
-                                             << "../../etc/a.jpg"
-                                             << "/d"
-                                             << "/d/a.jpg";
-    QTest::newRow("a film of a foreign extension") << "video/3gpp"
-                                                   << ""
-                                                   << "a.xyz"
-                                                   << "/d"
-                                                   << "/d/a.3gp";
-    QTest::newRow("a sound without extension") << "audio/amr"
-                                               << ""
-                                               << "a"
-                                               << "/d"
-                                               << "/d/a.amr";
+    for (const NameRow &row : kNames) {
+        QTest::newRow(row.name) << row.type << row.id << row.location << row.dir << row.expected;
+    }
 }
 
 void TestWMMSMultipart::suggestsAFileName()
