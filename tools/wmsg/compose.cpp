@@ -15,6 +15,7 @@
 #include <CLI/CLI.hpp>
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -42,16 +43,14 @@ struct ComposeOptions {
     bool noSmil = false;
     std::string date;
     std::string expiry;
-    bool deliveryReport = false;
-    bool readReport = false;
+    std::optional<bool> deliveryReport;
+    std::optional<bool> readReport;
     std::string priority = "normal";
     std::string messageClass = "personal";
     std::string appId;
     std::string transactionId;
     std::string messageId;
     qint64 sizeLimit = kDefaultSizeLimit;
-    bool tellsDeliveryReport = false;
-    bool tellsReadReport = false;
     LogOptions log;
 };
 
@@ -84,12 +83,8 @@ DraftRequest requestOf(const ComposeOptions &options)
     request.hasPresentation = !options.noSmil;
     request.date = QByteArray::fromStdString(options.date);
     request.expiry = QByteArray::fromStdString(options.expiry);
-    if (options.tellsDeliveryReport) {
-        request.deliveryReport = options.deliveryReport;
-    }
-    if (options.tellsReadReport) {
-        request.readReport = options.readReport;
-    }
+    request.deliveryReport = options.deliveryReport;
+    request.readReport = options.readReport;
     request.priority = codeOf(MMS_FIELD_PRIORITY, options.priority);
     request.messageClass = codeOf(MMS_FIELD_MSG_CLASS, options.messageClass);
     request.appId = QByteArray::fromStdString(options.appId);
@@ -165,7 +160,7 @@ void addValues(CLI::App &command, const std::string &name, Strings &values, cons
 void addContent(CLI::App &command, ComposeOptions &options)
 {
     const auto address = [&](const char *name, Strings &values, const char *help) {
-        command.add_option(name, values, help)->type_name("ADDRESS...");
+        command.add_option(name, values, help)->type_name("ADDRESS");
     };
     address("--to", options.to, "Recipients: phone numbers or e-mail addresses");
     address("--cc", options.cc, "Recipients of a copy");
@@ -178,8 +173,21 @@ void addContent(CLI::App &command, ComposeOptions &options)
     addValues(command, "--text-file", options.textFiles, "FILE",
               "A text from a file in UTF-8, - is standard input; may be given again");
     command.add_option("--attach", options.files, "Pictures, sounds, films and other files")
-        ->type_name("FILE...");
-    command.add_flag("--no-smil", options.noSmil, "Write no presentation: a mixed multipart");
+        ->type_name("FILE");
+    command.add_flag("--no-smil", options.noSmil,
+                     "Write no presentation; the parts then have no order in time");
+}
+
+// Two flags, of which one may be given; without either the message says nothing.
+void addReport(CLI::App &command, const std::string &name, const std::string &what,
+               std::optional<bool> &wanted)
+{
+    auto *yes = command.add_flag_callback(
+        "--" + name, [&wanted] { wanted = true; }, "Ask for " + what);
+    command
+        .add_flag_callback(
+            "--no-" + name, [&wanted] { wanted = false; }, "Say that no " + what + " are wanted")
+        ->excludes(yes);
 }
 
 void addHeader(CLI::App &command, ComposeOptions &options)
@@ -191,10 +199,8 @@ void addHeader(CLI::App &command, ComposeOptions &options)
         ->type_name("DATE");
     command.add_option("--expiry", options.expiry, "How long it may wait: 90, 15m, 12h, 3d, 1w")
         ->type_name("DURATION");
-    command.add_flag("--delivery-report,!--no-delivery-report", options.deliveryReport,
-                     "Ask for delivery reports, or ask for none");
-    command.add_flag("--read-report,!--no-read-report", options.readReport,
-                     "Ask for read reports, or ask for none");
+    addReport(command, "delivery-report", "delivery reports", options.deliveryReport);
+    addReport(command, "read-report", "read reports", options.readReport);
     command.add_option("--priority", options.priority, "low, normal or high")
         ->check(CLI::IsMember({"low", "normal", "high"}))
         ->type_name("PRIORITY")
@@ -239,11 +245,7 @@ void addCompose(CLI::App &program, int &exitCode)
     addContent(*command, *options);
     addHeader(*command, *options);
     addOutput(*command, *options);
-    command->callback([options, command, &exitCode] {
-        options->tellsDeliveryReport = command->count("--delivery-report") > 0;
-        options->tellsReadReport = command->count("--read-report") > 0;
-        exitCode = runCompose(*options);
-    });
+    command->callback([options, &exitCode] { exitCode = runCompose(*options); });
 }
 
 } // namespace wmsg::cli

@@ -23,6 +23,7 @@
 #include <climits>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 using namespace Qt::StringLiterals;
@@ -59,7 +60,7 @@ public:
 
 private:
     bool decodeFile(const QByteArray &path);
-    void show(DecodedFile &file) const;
+    void show(DecodedFile &file);
     void complainAbout(const DecodedFile &file) const;
     bool savesParts(const DecodedFile &file);
     void tell(const QString &line) const;
@@ -68,6 +69,7 @@ private:
     const DecodeOptions &m_options;
     Detail m_detail;
     PartFiles m_partFiles;
+    bool m_isFirst = true;
 };
 
 int Decoder::run()
@@ -116,14 +118,17 @@ FileKind Decoder::kindOfFile(QByteArrayView bytes) const
     return m_options.as == "pdu" ? FileKind::Pdu : FileKind::MailFile;
 }
 
-void Decoder::show(DecodedFile &file) const
+void Decoder::show(DecodedFile &file)
 {
+    if (!m_options.json && !std::exchange(m_isFirst, false)) {
+        say(u"\n"_s);
+    }
     if (m_options.hex) {
         const HexView view(file.bytes, m_detail);
         say(u"%1: %2\n"_s.arg(printable(file.name), sizeInWords(file.bytes.size())));
         file.walk = PduWalk([&view](const ByteRange &range) { view.print(range); });
         decode(file);
-        say(warningsView(file.walk) + u'\n');
+        say(warningsView(file.walk));
         return;
     }
     decode(file);
@@ -131,7 +136,7 @@ void Decoder::show(DecodedFile &file) const
         say(QString::fromUtf8(QJsonDocument(messageJson(file)).toJson(QJsonDocument::Compact))
             + u'\n');
     } else {
-        say(messageView(file, m_detail) + u'\n');
+        say(messageView(file, m_detail));
     }
 }
 

@@ -65,7 +65,7 @@ bool isGraphicAscii(const QByteArray &text)
 QString newIdentifier()
 {
     const quint64 number = QRandomGenerator::system()->generate64();
-    return u'T' + QString::number(number, 16).toUpper();
+    return u'T' + QString::number(number, 16).toUpper().rightJustified(16, u'0');
 }
 
 } // namespace
@@ -158,7 +158,7 @@ QString Draft::setTimes()
         ? std::optional<QDateTime>(QDateTime::currentDateTime())
         : parseDate(QString::fromUtf8(m_request.date));
     if (!date) {
-        return u"--date: \"%1\" is no date from 1970 to 2106 (2024-05-01T12:00:00Z, or seconds)"_s
+        return u"--date: \"%1\" is no date from 1970 to 2038 (2024-05-01T12:00:00Z, or seconds)"_s
             .arg(shortened(QString::fromUtf8(m_request.date), 80));
     }
     m_message.setDate(*date);
@@ -213,7 +213,7 @@ QString Draft::addTexts()
         }
         const QString problem = addText(text);
         if (!problem.isEmpty()) {
-            return problem;
+            return u"--text: "_s + problem;
         }
     }
     const QString problem = addFiles(m_request.textFiles, true);

@@ -11,7 +11,8 @@ namespace wmsg::cli {
 
 namespace {
 
-constexpr qint64 kLatestSecond = std::numeric_limits<quint32>::max();
+// The date of a message is written as a number of 31 bits.
+constexpr qint64 kLatestSecond = std::numeric_limits<qint32>::max();
 
 qint64 unitSeconds(QChar unit)
 {
