@@ -29,8 +29,7 @@ inline MailFilePrefix mailFilePrefix(quint8 mmsType, quint32 headerLength, quint
     return prefix;
 }
 
-/// Files of the old layout begin with the PDU's predecessor and have a 0 in one of their first two
-/// bytes.
+/// Files of the old layout have no prefix, and a 0 in one of their first two bytes.
 inline bool isOldLayout(const MailFilePrefix &prefix)
 {
     return prefix[0] == 0 || prefix[1] == 0;

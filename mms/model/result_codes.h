@@ -10,7 +10,8 @@
 /// renumber.
 enum MMS_RESULT_E : quint32 {
     MMS_DECODE_OK = 100, ///< Decoded; also when the data ended before a Content-Type field.
-    MMS_DECODE_NO_FILE = 102, ///< The mail file could not be opened, or is shorter than its prefix.
+    /// The mail file could not be opened, is no regular file, or is shorter than its prefix.
+    MMS_DECODE_NO_FILE = 102,
     MMS_DECODE_UNKNOWN_FIELD = 104, ///< A field id above 24.
     MMS_DECODE_NO_CODEC = 110, ///< Field id 0.
     MMS_DECODE_BAD_BODY = 111, ///< The multipart body could not be decoded.

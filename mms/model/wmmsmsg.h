@@ -167,15 +167,17 @@ public:
     /// Reads a mail file and decodes it. Returns as above, and 102 or 112. The parts of the body
     /// share the one buffer that the file was read into.
     quint32 construct(const QString &mailFile, bool decodeBody);
-    /// Encodes this message as a PDU of its type into `out`, which is resized to fit. The lengths
-    /// are stored where the pointers are not null, but not for a message without a body:
-    /// getMessageLength() tells those. Marks From, To, Cc, Bcc and Content-Type as present. Returns
-    /// 200, 202, 203, 207 or 209; on a failure `out` is undefined.
+    /// Encodes this message as a PDU of its type into `out`, which is resized to fit and may be, or
+    /// share, the data of a part. The lengths are stored where the pointers are not null, but not
+    /// for a message without a body: getMessageLength() tells those. Marks From, To, Cc, Bcc and
+    /// Content-Type as present, and gives the root part the content type of the header. Returns
+    /// 200, and never with bytes missing, or 202, 203, 207 or 209; on a failure `out` is undefined.
     quint32 packTo(QArray<char> &out, int *headerLength, int *bodyLength);
     /// Writes this message in the stored form as a mail file: first to `path` + ".tmp", which is
-    /// then renamed, so that a failure leaves an existing file as it was. Returns 300, 301, 302 or
-    /// a failure of packTo(); after that failure the message stays in the stored form and the
-    /// temporary file in its place.
+    /// synced and then renamed, so that a failure leaves an existing file as it was. The lengths
+    /// are stored where the pointers are not null. Returns 300, 301, 302 or a failure of packTo().
+    /// A failure leaves the temporary file in its place, one of packTo() the message in the stored
+    /// form too.
     quint32 saveAs(const QString &path, int *headerLength, int *bodyLength);
     /// The lengths that packTo() would give, also without a body. False, with nothing set, when it
     /// fails.

@@ -111,11 +111,13 @@ public:
     /// levels deep. The parts have bytes of their own. Returns false at the first part that cannot
     /// be read; the parts before it stay.
     bool construct(QArray<char> &bytes, int offset);
-    /// Encodes the sub-parts as a multipart body behind the first `offset` bytes of `out`, which is
-    /// then exactly that long. A part without sub-parts becomes one entry without a count.
-    /// Sub-parts that have parts of their own are encoded too, and their data is empty afterwards.
-    /// Returns false, `out` then undefined, when there is no content type or a part cannot be
-    /// written; the room is getApproxSize(), offset included.
+    /// Encodes the sub-parts as a multipart body behind the first `offset` bytes of `out`, which
+    /// ends with the body then. A part without sub-parts becomes one entry without a count.
+    /// Sub-parts that have parts of their own are encoded too, and their data is empty afterwards;
+    /// copies keep theirs. `out` may be, or share, the data of a part. Returns false, `out` then
+    /// undefined, when there is no content type, a part has none, or the room does not do: it is
+    /// getApproxSize(), offset included. Headers beyond 5120 bytes, and a content type beyond 1024,
+    /// are left out without notice.
     bool exportTo(QArray<char> &out, int offset);
 
 private:
