@@ -26,6 +26,15 @@ void checkHeaderAlone(QArray<char> &pdu, const WMMSMsg &message, quint32 result)
             "a header alone brings no body");
 }
 
+/// Expiry and delivery time may count from now and are not compared.
+void checkNothingBehind(const uint8_t *data, size_t size, const WMMSMsg &message, quint32 result)
+{
+    QArray<char> pdu = bytesBefore('A', data, size);
+    WMMSMsg again;
+    require(again.construct(pdu, true) == result && everythingOf(again) == everythingOf(message),
+            "what lies behind a PDU is not read");
+}
+
 /// Sixteen levels of nesting hold the innermost byte once each, and UTF-16 grows by half.
 void checkProportion(const WMMSMsg &message, size_t size)
 {
@@ -45,6 +54,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     const quint32 result = message.construct(pdu, true);
     require(pdu == bytesOf(data, size), "decoding does not write to the PDU");
     checkHeaderAlone(pdu, message, result);
+    checkNothingBehind(data, size, message, result);
     checkProportion(message, size);
     if (log.prints()) {
         WMMSMsg(message).printMsg();

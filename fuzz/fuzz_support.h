@@ -6,6 +6,7 @@
 #include "platform/applog/applog.h"
 #include "qt2/qarray.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -31,6 +32,19 @@ inline void require(bool holds, const char *property)
 inline QArray<char> bytesOf(const uint8_t *data, size_t size)
 {
     return QArray<char>::fromBytes(data, static_cast<int>(size));
+}
+
+/// bytesBefore returns an array with the input in front of memory that holds `filler`. Code that
+/// the sanitizers do not see into, that of Qt, shows a read past the end by what it makes of it.
+inline QArray<char> bytesBefore(char filler, const uint8_t *data, size_t size)
+{
+    constexpr int kBehind = 16;
+    QArray<char> bytes = bytesOf(data, size);
+    const int used = bytes.size();
+    bytes.resize(used + kBehind);
+    std::fill(bytes.begin() + used, bytes.end(), filler);
+    bytes.truncate(used);
+    return bytes;
 }
 
 /// Chooses where log lines go while it lives: to /dev/null, formatted, for inputs of odd length, so

@@ -115,6 +115,14 @@ void describe(QDataStream &stream, const WMMSMultipart &part, bool withNestedDat
     }
 }
 
+void describe(QDataStream &stream, const QValueList<WMFMEntry> &entries)
+{
+    stream << entries.size();
+    for (const WMFMEntry &entry : entries) {
+        stream << entry.getEntryType() << entry.getEntryVal() << entry.getContactName();
+    }
+}
+
 bool hasBody(const WMMSMultipart &root)
 {
     return !root.getData().isEmpty() || (root.subParts() && !root.subParts()->isEmpty());
@@ -157,6 +165,26 @@ QByteArray everythingOf(const WMMSMultipart &part, bool withNestedData)
     QDataStream stream(&bytes, QIODevice::WriteOnly);
     describe(stream, part, withNestedData);
     return bytes;
+}
+
+QByteArray everythingOf(const WMMSMsg &message)
+{
+    const MMS_HDR_S &header = message.header();
+    QByteArray bytes;
+    QDataStream stream(&bytes, QIODevice::WriteOnly);
+    for (quint8 id = MMS_FIELD_BCC; id <= MMS_FIELD_TRANSACTION_ID; ++id) {
+        stream << message.fieldIsPresent(id);
+    }
+    for (const auto &entries : {header.bcc, header.cc, header.to, {header.from}}) {
+        describe(stream, entries);
+    }
+    stream << header.contentLocation << header.contentType.toString() << header.msgDate
+           << header.deliveryReport << header.msgClass << header.msgID << header.msgType
+           << header.version << header.msgSize << header.priority << header.readReport
+           << header.reportAllowed << header.responseStatus << header.responseText
+           << header.senderVisibility << header.msgStatus << header.subject << header.transactionId
+           << message.headerLength() << message.bodyLength() << message.getMMSType();
+    return bytes + everythingOf(message.getMultiParts(), true);
 }
 
 qint64 dataBytesOf(const WMMSMultipart &part)

@@ -17,6 +17,9 @@ namespace wmsg::fuzz {
 /// empties those.
 QByteArray everythingOf(const WMMSMultipart &part, bool withNestedData);
 
+/// everythingOf returns all that a message holds, its header and lengths included.
+QByteArray everythingOf(const WMMSMsg &message);
+
 /// dataBytesOf returns how many data bytes a part and the parts below it hold together.
 qint64 dataBytesOf(const WMMSMultipart &part);
 
