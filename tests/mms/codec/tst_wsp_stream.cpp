@@ -687,7 +687,5 @@ void TestWspStream::overflow()
     QCOMPARE(out.written(), toHex("ac"));
 }
 
-Q_DECLARE_METATYPE(WriteStep)
-
 QTEST_GUILESS_MAIN(TestWspStream)
 #include "tst_wsp_stream.moc"
