@@ -51,7 +51,7 @@ bool WMMSMsg::setSubject(const QString &value)
 
 QDateTime WMMSMsg::getDate() const
 {
-    return m_header->msgDate;
+    return m_header->msgDate.toLocalTime();
 }
 
 bool WMMSMsg::setDate(const QDateTime &value)
@@ -131,7 +131,7 @@ bool WMMSMsg::setPriority(unsigned char value)
 
 QDateTime WMMSMsg::getDeliveryTime() const
 {
-    return m_header->deliveryTime;
+    return m_header->deliveryTime.toLocalTime();
 }
 
 bool WMMSMsg::setDeliveryTime(const QDateTime &value)

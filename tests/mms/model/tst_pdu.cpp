@@ -7,6 +7,7 @@
 #include "mms/model/wmmsmsg.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/parts.h"
+#include "tests/support/time_zone.h"
 
 #include <QtTest/QtTest>
 
@@ -224,6 +225,7 @@ private slots:
     void decodesTheHeaderAlone();
     void decodesEveryType_data();
     void decodesEveryType();
+    void datesAreLocalWhenAskedFor();
     void addsToAUsedMessage();
     void everyTruncationOfEveryType_data() { pduTypes(); }
     void everyTruncationOfEveryType();
@@ -796,6 +798,19 @@ void TestPdu::decodesEveryType()
     QCOMPARE(message.getTo().size(), has(23) ? 1 : 0);
     QCOMPARE(message.getTransactionID(), has(24) ? "t" : QString());
     QCOMPARE(message.getMultiParts().subParts() != nullptr, has(4));
+}
+
+void TestPdu::datesAreLocalWhenAskedFor()
+{
+    const TimeZone east("XST-3");
+    WMMSMsg message;
+    QCOMPARE(decodeHex(message, "85 04 65 D3 A1 80 87 06 80 04 65 D3 A1 80"), 100U);
+    const QDateTime expected(QDate(2024, 2, 19), QTime(21, 44, 16));
+    QCOMPARE(message.getDate().timeSpec(), Qt::LocalTime);
+    QCOMPARE(message.getDate(), expected);
+    QCOMPARE(message.getDate().time(), expected.time());
+    QCOMPARE(message.getDeliveryTime().timeSpec(), Qt::LocalTime);
+    QCOMPARE(message.getDeliveryTime().time(), expected.time());
 }
 
 void TestPdu::addsToAUsedMessage()
