@@ -73,6 +73,7 @@ set(WMSG_FORWARDING
     mms/session/mms_ua_svcmd.h   MMS_UA_SvReportCmd
     mms/session/mms_ua_svcmd.h   MMS_UA_SvDeliCmd
     mms/session/mms_ua_svcmd.h   MMS_UA_SvReadRecCmd
+    mms/session/wmmssession.h    WMMSSession
 
     util/mms_util_common.h       MMS_UTIL_Common
 

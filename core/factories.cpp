@@ -6,6 +6,7 @@
 #include "core/wmfmmsg.h"
 #include "core/wmfmsession.h"
 #include "mms/model/wmmsmsg.h"
+#include "mms/session/wmmssession.h"
 
 WMFMMsg *WMFMMsg::factory(WMFM::MSG_TYPE_T type)
 {
@@ -20,12 +21,14 @@ WMFMMsg *WMFMMsg::factory(WMFM::MSG_TYPE_T type)
 
 WMFMSession *WMFMSession::open(WMFM::MSG_TYPE_T type, WMFM::STATUS_T &status)
 {
-    status = WMFM::STATUS_INVALID_PARAM;
     switch (type) {
     case WMFM::MSG_TYPE_MMS:
+        status = WMFM::STATUS_OK;
+        return new WMMSSession(status);
     case WMFM::MSG_TYPE_SMS:
         status = WMFM::STATUS_FAIL;
-        break;
+        return nullptr;
     }
+    status = WMFM::STATUS_INVALID_PARAM;
     return nullptr;
 }

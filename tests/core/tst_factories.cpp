@@ -4,6 +4,7 @@
 #include "core/wmfmmsg.h"
 #include "core/wmfmsession.h"
 #include "mms/model/wmmsmsg.h"
+#include "mms/session/wmmssession.h"
 
 #include <QtTest/QtTest>
 
@@ -19,8 +20,8 @@ private slots:
     void noShortMessageYet();
     void noSessionOfAnUnknownType_data();
     void noSessionOfAnUnknownType();
-    void noSessionYet_data();
-    void noSessionYet();
+    void multimediaSession();
+    void noShortMessageSessionYet();
 };
 
 static void addUnknownTypes()
@@ -79,18 +80,25 @@ void TestFactories::noSessionOfAnUnknownType()
     }
 }
 
-void TestFactories::noSessionYet_data()
+void TestFactories::multimediaSession()
 {
-    QTest::addColumn<int>("type");
-    QTest::newRow("multimedia messages") << 0;
-    QTest::newRow("short messages") << 1;
+    // Whether the daemon runs is seen later.
+    for (int before : {0, 99, 127}) {
+        WMFM::STATUS_T status = WMFM::STATUS_T(before);
+        WMFMSession *session = WMFMSession::open(WMFM::MSG_TYPE_MMS, status);
+        QVERIFY(session);
+        QCOMPARE(int(status), 0);
+        QCOMPARE(int(session->getMsgType()), 0);
+        QVERIFY(!session->getListener());
+        QVERIFY(dynamic_cast<WMMSSession *>(session));
+        WMFMSession::close(session);
+    }
 }
 
-void TestFactories::noSessionYet()
+void TestFactories::noShortMessageSessionYet()
 {
-    QFETCH(int, type);
     WMFM::STATUS_T status = WMFM::STATUS_OK;
-    QVERIFY(!WMFMSession::open(WMFM::MSG_TYPE_T(type), status));
+    QVERIFY(!WMFMSession::open(WMFM::MSG_TYPE_SMS, status));
     QCOMPARE(int(status), 127);
 }
 
