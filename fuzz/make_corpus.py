@@ -160,6 +160,7 @@ PDUS = {
     "bad-yes-no": field(6, b"\x82"),
     "length-past-end": field(22, b"\x1f\xff\xff\xff\xff\x0f\xea"),
     "length-below-charset": field(22, b"\x01\x02\x03\xe8a"),
+    "nul-in-address": start(0x84) + field(9, counted(b"\x80" + encoded(b"a\0\x01\x1788"))),
     "from-token": field(9, b"\x02\x82a"),
     "unfinished-text": field(24, b"never ends"),
     "media-only": field(4, b"\x80\x81"),
@@ -222,6 +223,51 @@ ADDRESSES = {
 }
 
 
+def units(value):
+    return value.encode("utf-16-le", "surrogatepass")
+
+
+def words(*values):
+    return struct.pack(f"<{len(values)}i", *values)
+
+
+def record(number, fixed, extra=b""):
+    return words(number, len(extra), *fixed) + extra
+
+
+URI = units("/tmp/t00000.txt")
+DATE_TEXT = units("Thu May 20 03:40:13 1999")
+TEN = units("0123456789")
+PROXY_RECORDS = {
+    "send": record(1, (7, len(URI), 0), URI),
+    "register": record(2, (0, 2), units("a")),
+    "deregister": record(3, (1, 0)),
+    "retrieve": record(4, (2, len(URI), 0), URI),
+    "abort": record(6, (4, 9)),
+    "pause": record(7, (5, -1)),
+    "resume": record(8, (6, 2147483647)),
+    "request-complete": record(1, (3, 0, 4, 127), units("ab")),
+    "registration-complete": record(2, (3, 0, 5)),
+    "retrieval-complete": record(3, (len(URI),), URI),
+    "progress": record(4, (1, 10, 100)),
+    "status": record(5, (2, 130)),
+    "notification": record(6, (len(URI), 4), units("t1") + URI),
+    "delivery": record(7, (0, 6, 4, len(DATE_TEXT), 0), units("to1") + DATE_TEXT + units("id")),
+    "two": record(5, (2, 130)) + record(4, (1, 10, 100)),
+    "no-length": words(5, -1, 2, 130),
+    "length-lowest": words(5, -2147483648, 2, 130),
+    "length-highest": words(3, 2147483647, 4) + TEN,
+    "length-above-limit": words(3, 1024 * 1024 + 1, 4) + TEN,
+    "length-odd": words(3, 5, 4) + TEN,
+    "text-longer": record(6, (2147483647, 2147483647), TEN),
+    "text-negative": record(7, (0, -1, -2147483648, -2, 0), TEN),
+    "text-odd": record(6, (3, 5), TEN),
+    "text-date-first": record(7, (0, 0, 20, 20, 0), TEN),
+    "surrogate": record(2, (0, 4), units("\ud800\0")),
+    "type-9": words(9, 0, 0, 0),
+}
+
+
 def write(fuzzer, inputs):
     folder = CORPUS / fuzzer
     folder.mkdir(parents=True, exist_ok=True)
@@ -235,3 +281,4 @@ if __name__ == "__main__":
     write("mail_file", MAIL_FILES)
     write("content_type", CONTENT_TYPES)
     write("address", ADDRESSES)
+    write("proxy_records", PROXY_RECORDS)
