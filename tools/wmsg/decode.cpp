@@ -198,7 +198,7 @@ void addDecode(CLI::App &program, int &exitCode)
         command->add_flag("--json", options->json, "Print JSON, one object and line for each file");
     command->add_flag("--hex", options->hex, "Print every byte with its meaning beside it")
         ->excludes(json);
-    command->add_flag("--full", options->full, "Cut no texts and fold no data");
+    command->add_flag("--full", options->full, "Cut no texts and lists and fold no data");
     auto *extract =
         command->add_option("--extract", options->directory, "Save the parts as files in DIR");
     extract->type_name("DIR");

@@ -18,6 +18,7 @@ namespace {
 
 constexpr qsizetype kShownValue = 200;
 constexpr qsizetype kShownName = 48;
+constexpr qsizetype kShownEntries = 1000;
 constexpr qsizetype kShownText = 160;
 
 QString inLine(const QString &text)
@@ -40,11 +41,16 @@ QString entryView(const WMFMEntry &entry)
     return (name.isEmpty() ? value : u"%1 <%2>"_s.arg(name, value)) + u" ("_s + kind + u')';
 }
 
-QStringList entriesView(const QValueList<WMFMEntry> &entries)
+QStringList entriesView(const QValueList<WMFMEntry> &entries, Detail detail)
 {
+    const qsizetype shown =
+        detail == Detail::Full ? entries.size() : std::min(entries.size(), kShownEntries);
     QStringList lines;
-    for (const WMFMEntry &entry : entries) {
-        lines += entryView(entry);
+    for (qsizetype n = 0; n < shown; ++n) {
+        lines += entryView(entries[n]);
+    }
+    if (shown < entries.size()) {
+        lines += u"and %1 more"_s.arg(entries.size() - shown);
     }
     return lines;
 }
@@ -110,18 +116,18 @@ QString valueFieldView(int id, const MMS_HDR_S &header)
     }
 }
 
-QStringList fieldView(int id, const MMS_HDR_S &header)
+QStringList fieldView(int id, const MMS_HDR_S &header, Detail detail)
 {
     switch (id) {
     case MMS_FIELD_FROM:
         return {header.from.isValid() ? entryView(header.from)
                                       : u"(the network inserts the address)"_s};
     case MMS_FIELD_TO:
-        return entriesView(header.to);
+        return entriesView(header.to, detail);
     case MMS_FIELD_CC:
-        return entriesView(header.cc);
+        return entriesView(header.cc, detail);
     case MMS_FIELD_BCC:
-        return entriesView(header.bcc);
+        return entriesView(header.bcc, detail);
     case MMS_FIELD_CONTENT_TYPE:
         return contentTypeView(header.contentType);
     default:
@@ -157,7 +163,7 @@ constexpr int kOrder[] = {
     MMS_FIELD_CONTENT_TYPE,
 };
 
-QString headerView(const DecodedFile &file)
+QString headerView(const DecodedFile &file, Detail detail)
 {
     const WMMSMsg &message = file.message;
     constexpr int kNameWidth = 19;
@@ -169,7 +175,7 @@ QString headerView(const DecodedFile &file)
         QString name = fieldName(id);
         const bool isFailed = id == file.walk.failedField();
         const QStringList lines =
-            isFailed ? QStringList(u"(cannot be read)"_s) : fieldView(id, message.header());
+            isFailed ? QStringList(u"(cannot be read)"_s) : fieldView(id, message.header(), detail);
         for (const QString &line : lines) {
             view += u"  "_s + name.leftJustified(kNameWidth) + line + u'\n';
             name.clear();
@@ -288,7 +294,7 @@ QString warningsView(const PduWalk &walk)
 
 QString messageView(const DecodedFile &file, Detail detail)
 {
-    return titleOf(file) + headerView(file) + partsView(file.message, detail)
+    return titleOf(file) + headerView(file, detail) + partsView(file.message, detail)
         + warningsView(file.walk);
 }
 

@@ -184,6 +184,7 @@ quint32 PduWalk::walkValue(WSP_Stream &pdu, int id)
     WireReader in(m_notes, pdu, name);
     const std::unique_ptr<MsgFieldBase> codec(WMMSMsg::selectField(static_cast<quint8>(id)));
     const bool isRead = codec->read(pdu, &m_header) != 0;
+    forgetAddresses();
     const bool isWhole = HeaderFieldWalk(in, id, pdu.pos).walk();
     if (!isRead) {
         m_failedField = id;
@@ -197,6 +198,14 @@ quint32 PduWalk::walkValue(WSP_Stream &pdu, int id)
     }
     m_notes.mark(std::max(start, pdu.pos), name, [] { return u"value"_s; });
     return MMS_DECODE_OK;
+}
+
+// Nothing here asks for them, and a file can name millions.
+void PduWalk::forgetAddresses()
+{
+    m_header.to.clear();
+    m_header.cc.clear();
+    m_header.bcc.clear();
 }
 
 quint32 PduWalk::walkBody(WSP_Stream &pdu)

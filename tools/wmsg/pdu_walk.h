@@ -48,8 +48,6 @@ public:
     /// The type byte of a mail file.
     [[nodiscard]] quint8 mmsType() const { return m_mmsType; }
 
-    [[nodiscard]] const MMS_HDR_S &header() const { return m_header; }
-    [[nodiscard]] const Msg_Field_Mask &mask() const { return m_mask; }
     /// The parts of a multipart body as far as they were read.
     [[nodiscard]] const QList<WalkedPart> &parts() const { return m_parts; }
 
@@ -59,6 +57,7 @@ private:
     quint32 walkHeader(WSP_Stream &pdu, bool &bodyFollows);
     quint32 walkField(WSP_Stream &pdu, qint32 start, quint32 id);
     quint32 walkValue(WSP_Stream &pdu, int id);
+    void forgetAddresses();
     void noteOrder(qint32 start, int id);
     quint32 walkBody(WSP_Stream &pdu);
     void walkSinglePart(const WSP_Stream &pdu);

@@ -307,7 +307,7 @@ void TestDecode::hugeFile()
     QFile file(desk.path("huge"));
     QVERIFY(file.open(QIODevice::WriteOnly) && file.resize(qint64(5) << 30));
     QCOMPARE(desk.run({"decode", "huge"}).errorLine(),
-             "wmsg: huge: is larger than 268435456 bytes (see --max-size)");
+             "wmsg: huge: is larger than 67108864 bytes (see --max-size)");
     QCOMPARE(desk.run({"decode", "--max-size", "2147418111", "huge"}).errorLine(),
              "wmsg: huge: is larger than 2147418111 bytes (see --max-size)");
     QCOMPARE(desk.run({"decode", "--max-size", "2147483648", "huge"}).exitCode, 2);
@@ -376,6 +376,10 @@ void TestDecode::longTextsAreCut()
     const QString shown = desk.run({"decode", "m"}).out;
     QVERIFY(shown.contains('"' + QString(160, 'x') + QString::fromUtf8("… (+840 characters)\"")));
     QVERIFY(desk.run({"decode", "--full", "m"}).out.contains('"' + QString(1000, 'x') + '"'));
+    desk.write("n", fromHex("8C80") + fromHex("97 31 00").repeated(1005));
+    QCOMPARE(desk.run({"decode", "n"}).out.count("1 (phone number)\n"), 1000);
+    QVERIFY(desk.run({"decode", "n"}).out.endsWith("\n                     and 5 more\n"));
+    QCOMPARE(desk.run({"decode", "--full", "n"}).out.count("1 (phone number)\n"), 1005);
 }
 
 void TestDecode::extract()
