@@ -15,7 +15,7 @@ class WMFMMsg;
 ///
 /// The application owns every session it got from open() and gives it back with close(). A session
 /// never owns its listener, and messages given to send() stay the application's. Attach a listener
-/// before the event loop runs: sessions call it without asking whether there is one.
+/// before the event loop runs: what is to be told while there is none is dropped.
 ///
 /// A session is used in the thread that opened it, and needs that thread's event loop.
 class WMSG_EXPORT WMFMSession {
