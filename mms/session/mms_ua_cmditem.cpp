@@ -168,13 +168,18 @@ qint32 MMS_UA_CmdItem::lengthOf(const QString &text)
     return static_cast<qint32>(std::min<qsizetype>(text.size(), INT_MAX / kUnitSize) * kUnitSize);
 }
 
+void MMS_UA_CmdItem::setBytes(QByteArrayView bytes)
+{
+    MMS_UA_CmdItem::setData(const_cast<char *>(bytes.data()), static_cast<int>(bytes.size()), true);
+}
+
 void MMS_UA_CmdItem::setTexts(std::initializer_list<QString> texts)
 {
     QString all;
     for (const QString &text : texts) {
         all += text;
     }
-    MMS_UA_CmdItem::setData(reinterpret_cast<char *>(all.data()), lengthOf(all), true);
+    setBytes({reinterpret_cast<const char *>(all.data()), lengthOf(all)});
 }
 
 QString MMS_UA_CmdItem::takeText(qint32 &position, qint32 length) const

@@ -86,8 +86,9 @@ protected:
 
     /// lengthOf returns the bytes that `text` takes in the variable part.
     static qint32 lengthOf(const QString &text);
-    /// setTexts makes the variable part of these texts, one behind the other. It does not read them
-    /// back, as the virtual setData() would.
+    /// setBytes makes the variable part a copy of `bytes`, and setTexts one of these texts, one
+    /// behind the other. Neither reads texts back, as the virtual setData() would.
+    void setBytes(QByteArrayView bytes);
     void setTexts(std::initializer_list<QString> texts);
     /// takeText returns the text at `position` of the variable part and moves behind it. `length`
     /// is in bytes; an odd one is rounded down, and what reaches beyond the variable part is cut.

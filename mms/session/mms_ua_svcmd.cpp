@@ -107,7 +107,7 @@ QString MMS_UA_SvReportCmd::setValues(const QString &msgId, const QString &to,
                                       const QDateTime &date)
 {
     // Of other times the text would name the zone, and nobody could read it.
-    const QString dateText = date.toLocalTime().toString();
+    QString dateText = date.toLocalTime().toString();
     setWord(ReportTo, lengthOf(to));
     setWord(ReportMsgId, lengthOf(msgId));
     setWord(ReportDate, lengthOf(dateText));
@@ -135,5 +135,5 @@ void MMS_UA_SvReadRecCmd::setMsgIDAndToAndDate(const QString &msgId, const QStri
                 to.size() * static_cast<qsizetype>(sizeof(char16_t)), bytes.data());
     placeByOwnLength(bytes, dateText);
     placeByOwnLength(bytes, msgId);
-    MMS_UA_CmdItem::setData(bytes.data(), static_cast<int>(bytes.size()), true);
+    setBytes(bytes);
 }
