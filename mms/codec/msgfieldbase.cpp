@@ -30,7 +30,9 @@ QLatin1String plmnSuffix()
 // Whether a text is ASCII in UTF-8, where half of a surrogate pair becomes a "?".
 bool isAscii(const QString &text)
 {
-    const auto isHigh = [](QChar c) { return c.unicode() >= 0x80; };
+    const auto isHigh = [](QChar c) {
+        return c.unicode() >= 0x80;
+    };
     if (std::none_of(text.cbegin(), text.cend(), isHigh)) {
         return true;
     }
