@@ -142,6 +142,22 @@ quint32 encode(WMMSMsg &message, char filler, QArray<char> &out)
     return message.packTo(out, nullptr, nullptr);
 }
 
+/// Whatever an address or another text holds, it never becomes a field of its own.
+void checkRecipients(const WMMSMsg &encoded, QArray<char> &pdu, unsigned char pduType)
+{
+    const MMS_HDR_S &written = encoded.header();
+    WMMSMsg again;
+    again.clear();
+    again.construct(pdu, false);
+    const MMS_HDR_S &read = again.header();
+    const bool hasTo = carriesContentType(pduType) || pduType == MMS_PDU_DELIVERY_IND;
+    require(read.to.size() == (hasTo ? written.to.size() : 0), "as many To as were written");
+    if (carriesContentType(pduType)) {
+        require(read.cc.size() == written.cc.size() && read.bcc.size() == written.bcc.size(),
+                "as many Cc and Bcc as were written");
+    }
+}
+
 /// A message decoded from what was encoded must be encoded to the same bytes.
 void checkDecoding(QArray<char> &pdu, unsigned char pduType, bool decodeBody)
 {
@@ -237,6 +253,7 @@ void checkEncoding(const WMMSMsg &message, unsigned char pduType)
     QArray<char> second;
     require(encode(encoded, '\xAA', second) == result && second == pdu,
             "encoding twice gives the same bytes");
+    checkRecipients(encoded, pdu, pduType);
     if (survives) {
         // A multipart body without a part is no byte at all, not even a count.
         const bool decodeBody = encoded.bodyLength() > 0 || !encoded.getContentType().needDecode()

@@ -40,6 +40,12 @@ bool isAscii(const QString &text)
     return std::all_of(utf8.cbegin(), utf8.cend(), [](char byte) { return (byte & 0x80) == 0; });
 }
 
+// An address is read as an encoded string, which takes a first byte of 1 to 31 for a length.
+bool beginsLikeLength(const QString &value)
+{
+    return !value.isEmpty() && value.front().unicode() >= 1 && value.front().unicode() < 32;
+}
+
 void setEntry(WMFMEntry &entry, unsigned char type, const QString &value, const QString &name)
 {
     entry.setEntryType(type);
@@ -193,7 +199,11 @@ quint32 MsgFieldBase::readAddress(WSP_Stream &stream, WMFMEntry &entry)
 quint32 MsgFieldBase::writeAddress(WSP_Stream &stream, const WMFMEntry &entry)
 {
     const QString value = entry.getEntryVal();
-    if (entry.getEntryType() == kPlmn) {
+    const bool isNumber = entry.getEntryType() == kPlmn;
+    if (beginsLikeLength(value)) {
+        return stream.writeEncodedString(isNumber ? value + plmnSuffix() : value);
+    }
+    if (isNumber) {
         return stream.writeTextString(value, plmnSuffix());
     }
     return isAscii(value) ? stream.writeTextString(value) : stream.writeEncodedString(value);

@@ -267,7 +267,8 @@ quint32 WSP_Stream::writeEncodedString(const QString &text)
 
 quint32 WSP_Stream::writeTextString(const QString &text, QLatin1String suffix)
 {
-    return writeText(Utf8Text(text), suffix);
+    // The wire ends a text at its first NUL; what stood behind it would be read as fields.
+    return writeText(Utf8Text(QStringView(text).left(text.indexOf(QChar()))), suffix);
 }
 
 quint32 WSP_Stream::writeText(const Utf8Text &text, QLatin1String suffix)

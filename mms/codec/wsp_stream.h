@@ -107,9 +107,9 @@ public:
     /// string; a leading Quote is dropped, and so is a byte order mark; a text that the end of the
     /// stream cuts is accepted. It fails at the end.
     quint32 readTextString(QString &out);
-    /// writeTextString writes the text in UTF-8 with its terminator, a Quote in front when it
-    /// begins with a byte of 128 or more. A null string is the terminator alone; half of a
-    /// surrogate pair becomes "?".
+    /// writeTextString writes the text up to its first NUL in UTF-8 with its terminator, a Quote in
+    /// front when it begins with a byte of 128 or more. A null string is the terminator alone; half
+    /// of a surrogate pair becomes "?".
     quint32 writeTextString(const QString &text) { return writeTextString(text, {}); }
     /// writeTextString(text, suffix) writes both as one text.
     quint32 writeTextString(const QString &text, QLatin1String suffix);

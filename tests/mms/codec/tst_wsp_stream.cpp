@@ -123,6 +123,8 @@ static const TextRow kTexts[] = {
     {"outside ASCII later",         "61 C3 A9 E2 82 AC 00", QStringLiteral("a\u00E9\u20AC"), Both},
     {"begins with 126",             "7E 61 00",             "~a",                     Both},
     {"begins with 127, not quoted", "7F 61 00",             "\x7F" "a",               Write},
+    {"ends at its first NUL",       "61 00",                QString("a") + QChar() + QString("b"), Write},
+    {"nothing but a NUL",           "00",                   QString(QChar()),         Write},
     {"half a surrogate pair",       "3F 61 00",             QString(QChar(0xD83D)) + "a", Write},
     {"half a pair later",           "61 3F 00",             "a" + QString(QChar(0xDE00)), Write},
     {"quoted without need",         "7F 61 00",             "a",                      Read},
