@@ -11,7 +11,6 @@
 
 #include <cerrno>
 #include <cstdarg>
-#include <cstdlib>
 #include <new>
 
 #include <fcntl.h>
@@ -21,37 +20,9 @@
 
 static bool s_hasMemory = true;
 
-Q_DECL_EXPORT void *operator new(std::size_t size)
+Q_DECL_EXPORT Q_NEVER_INLINE void *operator new(std::size_t size, const std::nothrow_t &) noexcept
 {
-    return std::malloc(size);
-}
-Q_DECL_EXPORT void *operator new(std::size_t size, const std::nothrow_t &) noexcept
-{
-    return s_hasMemory ? std::malloc(size) : nullptr;
-}
-Q_DECL_EXPORT void *operator new[](std::size_t size)
-{
-    return std::malloc(size);
-}
-Q_DECL_EXPORT void *operator new[](std::size_t size, const std::nothrow_t &) noexcept
-{
-    return std::malloc(size);
-}
-Q_DECL_EXPORT void operator delete(void *memory) noexcept
-{
-    std::free(memory);
-}
-Q_DECL_EXPORT void operator delete(void *memory, std::size_t) noexcept
-{
-    std::free(memory);
-}
-Q_DECL_EXPORT void operator delete[](void *memory) noexcept
-{
-    std::free(memory);
-}
-Q_DECL_EXPORT void operator delete[](void *memory, std::size_t) noexcept
-{
-    std::free(memory);
+    return s_hasMemory ? ::operator new(size) : nullptr;
 }
 
 namespace {
