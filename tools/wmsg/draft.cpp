@@ -78,7 +78,7 @@ QString Draft::make()
     using Step = QString (Draft::*)();
     for (const Step step : {&Draft::setRecipients, &Draft::setSender, &Draft::setTimes,
                             &Draft::setIdentifiers, &Draft::addTexts}) {
-        const QString problem = (this->*step)();
+        QString problem = (this->*step)();
         if (!problem.isEmpty()) {
             return problem;
         }
@@ -117,7 +117,7 @@ QString Draft::setAddresses(const QString &option, Lines addresses,
         if (!readArgument(address, text)) {
             return notUtf8(option);
         }
-        const QString problem = parseAddress(text, entry);
+        QString problem = parseAddress(text, entry);
         if (!problem.isEmpty()) {
             return u"%1: \"%2\" %3"_s.arg(option, shortened(text, 80), problem);
         }
@@ -147,7 +147,7 @@ QString Draft::setSender()
     if (!readArgument(m_request.from, from)) {
         return notUtf8(u"--from"_s);
     }
-    const QString problem = parseAddress(from, entry);
+    QString problem = parseAddress(from, entry);
     m_message.setFrom(entry);
     return problem.isEmpty() ? problem : u"--from: \"%1\" %2"_s.arg(shortened(from, 80), problem);
 }
@@ -211,12 +211,12 @@ QString Draft::addTexts()
         if (!readArgument(argument, text)) {
             return notUtf8(u"--text"_s);
         }
-        const QString problem = addText(text);
+        QString problem = addText(text);
         if (!problem.isEmpty()) {
             return u"--text: "_s + problem;
         }
     }
-    const QString problem = addFiles(m_request.textFiles, true);
+    QString problem = addFiles(m_request.textFiles, true);
     return problem.isEmpty() ? addFiles(m_request.files, false) : problem;
 }
 
@@ -228,7 +228,7 @@ QString Draft::addText(const QString &text)
 QString Draft::addFiles(Lines paths, bool areTexts)
 {
     for (const QByteArray &path : paths) {
-        const QString problem = addFile(path, areTexts);
+        QString problem = addFile(path, areTexts);
         if (!problem.isEmpty()) {
             return shownName(path) + u": "_s + problem;
         }
@@ -239,7 +239,7 @@ QString Draft::addFiles(Lines paths, bool areTexts)
 QString Draft::addFile(const QByteArray &path, bool isText)
 {
     QArray<char> bytes;
-    const QString problem = readInput(path, m_request.sizeLimit - m_size, bytes);
+    QString problem = readInput(path, m_request.sizeLimit - m_size, bytes);
     if (!problem.isEmpty()) {
         return problem;
     }
@@ -344,7 +344,7 @@ QString Draft::encodeMailFile(QByteArray &bytes)
         return u"result %1 (%2)"_s.arg(result).arg(resultInWords(result));
     }
     QArray<char> file;
-    const QString problem = readInput(path.toLocal8Bit(), INT_MAX, file);
+    QString problem = readInput(path.toLocal8Bit(), INT_MAX, file);
     bytes = file.toByteArray();
     return problem;
 }

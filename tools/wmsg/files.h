@@ -34,7 +34,7 @@ private:
 [[nodiscard]] QString systemError();
 
 /// The largest input that is read unless another limit is given.
-inline constexpr qint64 kDefaultSizeLimit = 64 * 1024 * 1024;
+inline constexpr qint64 kDefaultSizeLimit = qint64(64) * 1024 * 1024;
 
 /// Reads a whole regular file, or standard input for "-", into `bytes`. Returns the problem in
 /// words, an empty text when there is none: directories, pipes, devices and sockets are refused,

@@ -7,6 +7,9 @@
 
 #include <CLI/CLI.hpp>
 
+#include <cstdio>
+#include <exception>
+
 namespace {
 
 constexpr const char *kFooter = "Exit codes: 0 fine; 1 bad input, with a line on standard error "
@@ -18,9 +21,7 @@ int complainOfUsage(const CLI::Error &error)
     return wmsg::cli::ExitUsage;
 }
 
-} // namespace
-
-int main(int argc, char **argv)
+int run(int argc, char **argv)
 {
     CLI::App program("Composes multimedia messages and shows what is in them.", "wmsg");
     program.set_version_flag("--version", "wmsg " WMSG_VERSION, "Print the version and end");
@@ -37,4 +38,18 @@ int main(int argc, char **argv)
         return complainOfUsage(error);
     }
     return exitCode;
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    try {
+        return run(argc, argv);
+    } catch (const std::exception &problem) {
+        std::fprintf(stderr, "wmsg: %s\n", problem.what()); // no memory, above all
+    } catch (...) {
+        std::fputs("wmsg: an unknown problem\n", stderr);
+    }
+    return wmsg::cli::ExitBadInput;
 }

@@ -30,7 +30,7 @@ bool isMedia(const QString &type)
 QString wellKnownName(const QString &name)
 {
     for (int id = 1; id < kWellKnownTypes; ++id) {
-        const QString known = WMMSContentType::getMimeType(static_cast<unsigned char>(id));
+        QString known = WMMSContentType::getMimeType(static_cast<unsigned char>(id));
         if (known.compare(name, Qt::CaseInsensitive) == 0) {
             return known;
         }
@@ -43,7 +43,7 @@ QString phoneName(const QMimeType &type)
 {
     const QStringList names = QStringList(type.name()) + type.aliases();
     for (const QString &name : names) {
-        const QString known = wellKnownName(name);
+        QString known = wellKnownName(name);
         if (!known.isEmpty()) {
             return known;
         }
@@ -58,7 +58,7 @@ QString typeOfExtension(const QString &extension)
         return {};
     }
     for (int id = 1; id < kWellKnownTypes; ++id) {
-        const QString known = WMMSContentType::getMimeType(static_cast<unsigned char>(id));
+        QString known = WMMSContentType::getMimeType(static_cast<unsigned char>(id));
         if (AM_MimeType::instance()->getExtListByMimeId(known).contains(extension,
                                                                         Qt::CaseInsensitive)) {
             return known;

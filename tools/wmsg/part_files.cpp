@@ -49,7 +49,7 @@ void PartFiles::savePart(const WMMSMultipart &part, QStringList &problems)
     const QString suggested = part.getSuggestLocalFileName(u"."_s);
     const QByteArray name = m_names.take(safeFileName(suggested, fallback)).toUtf8();
     const QString shown = shownName(m_directory + '/' + name);
-    const QString problem = write(name, part.getData().view());
+    QString problem = write(name, part.getData().view());
     if (problem.isEmpty()) {
         m_tell(u"wrote %1, %2"_s.arg(printable(shown), sizeInWords(part.getData().size())));
     } else {
@@ -62,7 +62,7 @@ QString PartFiles::write(const QByteArray &name, QByteArrayView bytes)
     constexpr int kFlags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
     Descriptor file(::openat(m_fd.get(), name.constData(), kFlags, 0666));
     if (!file.isOpen() && errno == EEXIST) {
-        const QString problem = makeRoom(name);
+        QString problem = makeRoom(name);
         if (!problem.isEmpty()) {
             return problem;
         }
@@ -72,7 +72,7 @@ QString PartFiles::write(const QByteArray &name, QByteArrayView bytes)
         return u"cannot be made: "_s + systemError();
     }
     if (!writeAll(file.get(), bytes) || !file.close()) {
-        const QString problem = u"cannot be written: "_s + systemError();
+        QString problem = u"cannot be written: "_s + systemError();
         ::unlinkat(m_fd.get(), name.constData(), 0);
         return problem;
     }

@@ -16,17 +16,19 @@ constexpr qint64 kLatestSecond = std::numeric_limits<qint32>::max();
 
 qint64 unitSeconds(QChar unit)
 {
+    constexpr qint64 kHour = 3600;
+    constexpr qint64 kDay = 24 * kHour;
     switch (unit.unicode()) {
     case 's':
         return 1;
     case 'm':
         return 60;
     case 'h':
-        return 60 * 60;
+        return kHour;
     case 'd':
-        return 24 * 60 * 60;
+        return kDay;
     case 'w':
-        return 7 * 24 * 60 * 60;
+        return 7 * kDay;
     default:
         return 0;
     }
