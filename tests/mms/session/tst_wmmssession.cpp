@@ -231,7 +231,7 @@ private:
     /// Sends events and waits until all are told.
     void hear(const QByteArray &wire, const QStringList &expected);
     QString writeMailFile(const QString &name, const QString &subject);
-    /// The name that the next message gets, if it is free.
+    /// The name that the next message gets, which is free.
     static QString nextName();
 
     std::unique_ptr<ProxyPeer> m_proxy;
@@ -289,10 +289,13 @@ QString TestWMMSSession::writeMailFile(const QString &name, const QString &subje
 
 QString TestWMMSSession::nextName()
 {
-    // Asking moves the count on: the name after this one is next.
-    const QString path = MMS_UTIL_Common::generateFileNameAtTmp(3);
-    const int number = path.mid(6, 5).toInt();
-    return QString("/tmp/t%1.txt").arg((number + 1) % 65536, 5, 10, QChar('0'));
+    QString name;
+    do {
+        // Asking moves the count on: the name after this one is next.
+        const int number = MMS_UTIL_Common::generateFileNameAtTmp(3).mid(6, 5).toInt();
+        name = QString("/tmp/t%1.txt").arg((number + 1) % 65536, 5, 10, QChar('0'));
+    } while (QFileInfo(name).isSymLink() || QFile::exists(name) || QFile::exists(name + ".tmp"));
+    return name;
 }
 
 void TestWMMSSession::knownByItsNames()
