@@ -101,13 +101,13 @@ class Spdx(unittest.TestCase):
 
 class Words(unittest.TestCase):
     def test_what_a_reader_cannot_follow_is_refused(self):
-        for line in ["as the " + "specification says", "see sp" + "ec.md", "as Part 4.2 says", "see section 7.1",
+        for line in ["as the " + "specification says", "see sp" + "ec.md", "as Pa" + "rt 4.2 says", "see section 7.1",
                      "after RFC 2045", "in /home/ann/mail", "in /work/project", "# TO" + "DO later", "// X" + "XX: odd", "not yet implemented",
                      "// copy(data, size);", "//   return 0;", "// m_size = 4;", "//}"]:
             self.assertEqual(len(check_words.check({"core/a.cpp": f"first\n{line}\n"})), 1, line)
 
     def test_plain_words_pass(self):
-        for line in ["TODO(#12): more", 'name = "XXX"', "a special part", "two parts", "part 2.1 of the tree", "/usr/share/mime", "/home/x/a", "${root}/work/x",
+        for line in ["TO" + "DO(#12): more", 'name = "X' + 'XX"', "a special part", "two parts", "pa" + "rt 2.1 of the tree", "/usr/share/mime", "/home/x/a", "${root}/work/x",
                      "// The length is read and not used; the rest follows.", "// see writeByte();",
                      "/// Part of the message;", "specific", "version 4.2"]:
             self.assertEqual(check_words.check({"core/a.cpp": line}), [], line)

@@ -15,7 +15,7 @@ namespace wmsg::cli {
 
 /// One part of a body and where it lies in the file.
 struct WalkedPart {
-    QString field; ///< "part 2.1"
+    QString field; ///< "part" and its place in the tree, such as 2 or 2.1.
     qint32 offset = 0; ///< Of its entry.
     qint32 dataOffset = 0;
     qint32 dataLength = 0;

@@ -83,9 +83,9 @@ void TestTextView::durations()
 
 void TestTextView::dates()
 {
-    qputenv("TZ", "XXX-05:30");
+    qputenv("TZ", "EST-05:30");
     tzset();
-    QCOMPARE(dateInWords(QDateTime::fromSecsSinceEpoch(0)), "1970-01-01 05:30:00 +0530 (XXX)");
+    QCOMPARE(dateInWords(QDateTime::fromSecsSinceEpoch(0)), "1970-01-01 05:30:00 +0530 (EST)");
     qputenv("TZ", "YYY3");
     tzset();
     QCOMPARE(dateInWords(QDateTime::fromSecsSinceEpoch(86400)), "1970-01-01 21:00:00 -0300 (YYY)");
