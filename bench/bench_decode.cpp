@@ -1,11 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The wmsg authors
 // SPDX-License-Identifier: Apache-2.0
 
-#include "bench/messages.h"
-
-#include <benchmark/benchmark.h>
-
-#include <cstring>
+#include "bench/baseline.h"
 
 // Decoding a PDU held in memory into a fresh message, which is destroyed again, beside memcpy of
 // the same bytes into fresh memory.
@@ -39,29 +35,12 @@ void notification(benchmark::State &state)
 
 void retrieval(benchmark::State &state)
 {
-    decode(state, bench::encoded(bench::retrieval(static_cast<int>(state.range(0)))), 0x84, 4);
-}
-
-void memcpySameBytes(benchmark::State &state)
-{
-    const QArray<char> pdu = bench::encoded(bench::retrieval(static_cast<int>(state.range(0))));
-    for (auto _ : state) {
-        QArray<char> bytes = QArray<char>::fromBytes(pdu.constData(), pdu.size());
-        benchmark::DoNotOptimize(bytes.data());
-    }
-    state.SetBytesProcessed(state.iterations() * pdu.size());
-}
-
-void sizes(benchmark::internal::Benchmark *run)
-{
-    for (const int size : bench::kPictureSizes) {
-        run->Arg(size);
-    }
+    decode(state, bench::encoded(bench::retrievalOf(state)), 0x84, 4);
 }
 
 BENCHMARK(sendConfirmation);
 BENCHMARK(notification);
-BENCHMARK(retrieval)->Apply(sizes);
-BENCHMARK(memcpySameBytes)->Apply(sizes);
+BENCHMARK(retrieval)->Apply(bench::sizes);
+BENCHMARK(bench::memcpySameBytes)->Apply(bench::sizes);
 
 } // namespace

@@ -1,9 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The wmsg authors
 // SPDX-License-Identifier: Apache-2.0
 
-#include "bench/messages.h"
-
-#include <benchmark/benchmark.h>
+#include "bench/baseline.h"
 
 // Encoding a message into a PDU in memory, into a fresh array, beside memcpy of the same bytes into
 // fresh memory.
@@ -37,29 +35,12 @@ void notification(benchmark::State &state)
 
 void retrieval(benchmark::State &state)
 {
-    encode(state, bench::retrieval(static_cast<int>(state.range(0))));
-}
-
-void memcpySameBytes(benchmark::State &state)
-{
-    const QArray<char> pdu = bench::encoded(bench::retrieval(static_cast<int>(state.range(0))));
-    for (auto _ : state) {
-        QArray<char> bytes = QArray<char>::fromBytes(pdu.constData(), pdu.size());
-        benchmark::DoNotOptimize(bytes.data());
-    }
-    state.SetBytesProcessed(state.iterations() * pdu.size());
-}
-
-void sizes(benchmark::internal::Benchmark *run)
-{
-    for (const int size : bench::kPictureSizes) {
-        run->Arg(size);
-    }
+    encode(state, bench::retrievalOf(state));
 }
 
 BENCHMARK(sendConfirmation);
 BENCHMARK(notification);
-BENCHMARK(retrieval)->Apply(sizes);
-BENCHMARK(memcpySameBytes)->Apply(sizes);
+BENCHMARK(retrieval)->Apply(bench::sizes);
+BENCHMARK(bench::memcpySameBytes)->Apply(bench::sizes);
 
 } // namespace

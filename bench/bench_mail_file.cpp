@@ -1,12 +1,10 @@
 // SPDX-FileCopyrightText: 2026 The wmsg authors
 // SPDX-License-Identifier: Apache-2.0
 
-#include "bench/messages.h"
+#include "bench/baseline.h"
 
 #include <QtCore/QFile>
 #include <QtCore/QTemporaryDir>
-
-#include <benchmark/benchmark.h>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -26,16 +24,11 @@ QByteArray mailFile(const QTemporaryDir &dir, WMMSMsg msg)
     return QFile::encodeName(path);
 }
 
-WMMSMsg message(const benchmark::State &state)
-{
-    return bench::retrieval(static_cast<int>(state.range(0)));
-}
-
 void load(benchmark::State &state)
 {
     bench::discardLog();
     const QTemporaryDir dir;
-    const QString path = QFile::decodeName(mailFile(dir, message(state)));
+    const QString path = QFile::decodeName(mailFile(dir, bench::retrievalOf(state)));
     for (auto _ : state) {
         WMMSMsg msg;
         if (msg.construct(path, true) != 100 || msg.getMultiParts().subParts()->size() != 4) {
@@ -48,7 +41,7 @@ void load(benchmark::State &state)
 void openReadClose(benchmark::State &state)
 {
     const QTemporaryDir dir;
-    const QByteArray path = mailFile(dir, message(state));
+    const QByteArray path = mailFile(dir, bench::retrievalOf(state));
     for (auto _ : state) {
         const int fd = ::open(path.constData(), O_RDONLY);
         struct stat file;
@@ -65,7 +58,7 @@ void save(benchmark::State &state)
 {
     bench::discardLog();
     const QTemporaryDir dir;
-    WMMSMsg msg = message(state);
+    WMMSMsg msg = bench::retrievalOf(state);
     const QString path = QFile::decodeName(mailFile(dir, msg));
     for (auto _ : state) {
         if (msg.saveAs(path, nullptr, nullptr) != 300) {
@@ -78,7 +71,7 @@ void save(benchmark::State &state)
 void writeSyncRename(benchmark::State &state)
 {
     const QTemporaryDir dir;
-    const QByteArray path = mailFile(dir, message(state));
+    const QByteArray path = mailFile(dir, bench::retrievalOf(state));
     const QByteArray temporary = path + ".tmp";
     QFile file(QFile::decodeName(path));
     if (!file.open(QIODevice::ReadOnly)) {
@@ -97,16 +90,9 @@ void writeSyncRename(benchmark::State &state)
     }
 }
 
-void sizes(benchmark::internal::Benchmark *run)
-{
-    for (const int size : bench::kPictureSizes) {
-        run->Arg(size);
-    }
-}
-
-BENCHMARK(load)->Apply(sizes);
-BENCHMARK(openReadClose)->Apply(sizes);
-BENCHMARK(save)->Apply(sizes);
-BENCHMARK(writeSyncRename)->Apply(sizes);
+BENCHMARK(load)->Apply(bench::sizes);
+BENCHMARK(openReadClose)->Apply(bench::sizes);
+BENCHMARK(save)->Apply(bench::sizes);
+BENCHMARK(writeSyncRename)->Apply(bench::sizes);
 
 } // namespace
