@@ -142,9 +142,13 @@ quint32 encode(WMMSMsg &message, char filler, QArray<char> &out)
     return message.packTo(out, nullptr, nullptr);
 }
 
-/// Whatever an address or another text holds, it never becomes a field of its own.
+/// Whatever an address or another text holds, it never becomes a field of its own. A body behind a
+/// header without a content type does: such a PDU does not say where it begins.
 void checkRecipients(const WMMSMsg &encoded, QArray<char> &pdu, unsigned char pduType)
 {
+    if (!carriesContentType(pduType) && encoded.bodyLength() > 0) {
+        return;
+    }
     const MMS_HDR_S &written = encoded.header();
     WMMSMsg again;
     again.clear();
