@@ -15,7 +15,7 @@ WORDS = {
     r"\b(?:sections?|chapters?|clauses?|(?-i:Parts?)|annex) \d+\.\d": "points to a numbered place; state the fact itself",
     r"\bRFC[ -]?\d{3,}|\bWAP-\d{3}|\bOMA-[A-Z]{2,}": "points to a document; state the fact itself",
     r"(?<![\w.<$}])/(?:(?:home|root|mnt|Users)/[\w.]{2,}/|work/)\w": "is a path of one machine",
-    r"(?-i:\b(?:TODO|FIXME|HACK)\b|(?<=[/#*] )XXX\b)(?!\(#\d+\))": "is unfinished; finish it, or name an issue: TODO(#12)",
+    r"(?-i:\b(?:TO[D]O|FIX[M]E|HAC[K])\b|(?<=[/#*] )XX[X]\b)(?!\(#\d+\))": "is unfinished; finish it, or name an issue behind it: (#12)",
     r"\bnot (?:yet )?implemented\b|\bunimplemented\b": "is unfinished",
 }
 COMMENTED_OUT = re.compile(r"^\s*//(?!/)\s*(?:[\w:.>\-]+\(.*\)\s*;|return\b.*;|[\w:<>*& .\-\[\]]+ = .*;|[{}])\s*$")
