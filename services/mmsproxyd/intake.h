@@ -1,0 +1,63 @@
+// SPDX-FileCopyrightText: 2026 The wmsg authors
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <QtCore/QString>
+#include <QtCore/QtGlobal>
+
+/// Intake turns what an MMSC gave for a message into a mail file that a session reads.
+
+namespace wmsg::proxy {
+
+/// Taken is what became of a PDU.
+struct Taken {
+    enum class Kind {
+        Message, ///< The mail file lies, durable, where it was wanted.
+        NoMessage, ///< The MMSC says that it has no message for us: see retrieveStatus.
+        Unreadable, ///< No message that a session could read; fetching it again may help or not.
+        Failed, ///< A file could not be read or written; another time it may.
+    };
+
+    Kind kind = Kind::Unreadable;
+    /// One line: why it is no message, or what the MMSC says about it. It holds no content of a
+    /// message.
+    QString reason;
+    /// Where in the PDU reading ended, unless it was read whole; -1 when there is no such place.
+    qint64 offset = -1;
+    /// What a retrieve confirmation says about its success: 128 is ok, 192 to 223 may pass, 224 and
+    /// above will not; 0 when it says nothing.
+    quint8 retrieveStatus = 0;
+    /// The transaction that an acknowledge names; null when the MMSC wants none.
+    QString transactionId;
+    /// The application that the message is for; null when it is for whoever takes messages.
+    QString applicationId;
+
+    /// mayPass tells whether another attempt may bring the message.
+    [[nodiscard]] bool mayPass() const
+    {
+        return kind == Kind::Failed
+            || (kind == Kind::NoMessage && retrieveStatus >= 192 && retrieveStatus < 224);
+    }
+};
+
+/// Intake takes PDUs in, one at a time. It keeps nothing between two.
+class Intake {
+public:
+    /// The largest PDU that is looked at. A larger one is unreadable.
+    explicit Intake(qint64 limit) : m_limit(limit) { }
+
+    /// take reads the retrieve confirmation in `pduFile` and writes it as a mail file to
+    /// `mailFile`, which is replaced as a whole and synced, with its folder; a file beside it with
+    /// ".tmp" behind its name is used and gone afterwards. The bytes of a PDU that the library
+    /// reads stay as they are, save for what the header says about the success of the retrieval,
+    /// which is left out. `pduFile` stays in any case.
+    ///
+    /// The PDU is copied from file to file; while it is checked, it lies in memory once.
+    [[nodiscard]] Taken take(const QString &pduFile, const QString &mailFile) const;
+
+private:
+    qint64 m_limit;
+};
+
+} // namespace wmsg::proxy
