@@ -24,9 +24,13 @@ ROOMS = {
 }
 
 # Rooms outside the library: what they see of it.
-INSTALLED_ONLY = ["tools", "examples"]
+INSTALLED_ONLY = ["tools", "examples", "sim"]
 INSTALLED_AND_RECORDS = ["services"]
 FREE = ["tests", "bench", "fuzz"]
+
+# What the programs share, and who may use it beside the services.
+SHARED_PIECES = "services/common/"
+SHARING = ["tools", "sim"]
 
 # The only files that may look up, and where to.
 DOORS = {
@@ -74,6 +78,8 @@ def problem_of(path, quoted, target, tree, public):
         return "is not installed, and this header is"
     other = room_of(target)
     if room in FREE or (other == room and (quoted or room not in ROOMS)):
+        return None
+    if room in SHARING and quoted and target.startswith(SHARED_PIECES):
         return None
     if room in INSTALLED_ONLY:
         if quoted:

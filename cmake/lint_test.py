@@ -82,6 +82,14 @@ class Layers(unittest.TestCase):
         self.refuses("tools/wmsg/a.cpp", '#include "core/wmfm.h"\n', "include installed headers with <>")
         self.refuses("tools/wmsg/a.cpp", "#include <core/log.h>\n", "is not installed")
 
+    def test_programs_share_the_pieces_of_the_services_and_no_more(self):
+        shared = {"services/common/push_client.h": "", "services/mmsproxyd/spool.h": ""}
+        for path in ("tools/wmsg/push.cpp", "sim/mmsc/a.cpp"):
+            tree = {**self.BELOW, **shared, path: '#include "services/common/push_client.h"\n'}
+            self.assertEqual(check_layers.check(tree), [])
+            tree[path] = '#include "services/mmsproxyd/spool.h"\n'
+            self.assertEqual(len(check_layers.check(tree)), 1)
+
     def test_tests_see_everything(self):
         self.passes("tests/core/tst_a.cpp", '#include "core/log.h"\n#include "tst_a.moc"\n')
 
