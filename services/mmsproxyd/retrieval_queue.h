@@ -1,0 +1,109 @@
+// SPDX-FileCopyrightText: 2026 The wmsg authors
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "services/mmsproxyd/inbox.h"
+#include "services/mmsproxyd/retry_schedule.h"
+#include "services/mmsproxyd/session_id.h"
+#include "services/mmsproxyd/spool.h"
+
+#include <QtCore/QByteArray>
+#include <QtCore/QObject>
+#include <QtCore/QString>
+#include <QtCore/QTimer>
+
+#include <map>
+#include <memory>
+
+namespace wmsg::proxy {
+
+class AnswerQueue;
+class HttpClient;
+struct HttpOutcome;
+struct Fetch;
+
+/// What is done about a message when it is announced.
+enum class RetrievalMode {
+    Immediate, ///< it is fetched
+    Deferred, ///< sessions are told of it, and one may ask for it
+    Never, ///< it is rejected
+};
+
+struct RetrievalSettings {
+    QString mmsc; ///< where answers go; without one none is sent
+    qint64 maxIncoming = 2 * 1024 * 1024; ///< of a message, in bytes
+    RetrySchedule schedule;
+    RetrievalMode mode = RetrievalMode::Immediate;
+};
+
+/// RetrievalQueue takes what is pushed, fetches messages from the MMSC, one at a time and oldest
+/// first, and answers the MMSC. What it fetched lies in the Inbox, ready to be handed out.
+///
+/// A notification is durable before pushed() returns, a message before messageReady() is emitted,
+/// and both before the MMSC gets an answer. A message that cannot be fetched is tried again until
+/// it expires; one that cannot be read is kept aside with the reason.
+///
+/// Requests are those of one session. Signals may be emitted from inside the operations.
+class RetrievalQueue : public QObject {
+    Q_OBJECT
+
+public:
+    RetrievalQueue(Spool &spool, Inbox &inbox, HttpClient &http, RetrievalSettings settings,
+                   QObject *parent = nullptr);
+    ~RetrievalQueue() override;
+
+    /// start takes up what the inbox holds. Call it once, when the inbox is restored. Nothing is
+    /// signalled of what was there before; ask the inbox for it.
+    void start();
+
+    /// pushed takes a notification or a delivery report. It returns an empty text when that is
+    /// durable, or was known already; else why it is refused.
+    [[nodiscard]] QString pushed(const QByteArray &pdu);
+
+    /// retrieve fetches the message at a URI. It ends, now or later, with exactly one finished().
+    void retrieve(SessionId session, qint32 requestId, const QString &uri);
+
+    // False: the session has no request of this number that goes on.
+
+    /// abort ends a request with finished(), emitted before it returns. An announced message waits
+    /// to be asked for again.
+    bool abort(SessionId session, qint32 requestId);
+    bool pause(SessionId session, qint32 requestId);
+    bool resume(SessionId session, qint32 requestId);
+    [[nodiscard]] bool knows(SessionId session, qint32 requestId) const;
+
+    /// forget ends a session: its requests go on, also those that it paused, and nobody is told.
+    void forget(SessionId session);
+
+Q_SIGNALS:
+    /// A request has ended: with 0, with 19 for a failure for good or an abort, or with 15 when the
+    /// URI is none of http or https, or the number of the request is in use. With 0 the message is
+    /// ready, and messageReady() was emitted before.
+    void finished(wmsg::proxy::SessionId session, qint32 requestId, const QString &uri,
+                  qint32 status);
+    void retrying(wmsg::proxy::SessionId session, qint32 requestId);
+    /// How many bytes of how many are here; 0 for the latter while it is not known. At most ten
+    /// times a second, and the last.
+    void progress(wmsg::proxy::SessionId session, qint32 requestId, qint64 received, qint64 total);
+
+    /// A message lies in the inbox.
+    void messageReady(wmsg::proxy::MessageId id);
+    /// A message was announced and waits to be asked for.
+    void notified(const QString &uri, const QString &transactionId);
+    /// A delivery report lies in the inbox.
+    void reportReady(wmsg::proxy::MessageId id);
+
+private:
+    struct Request;
+
+    Spool &m_spool;
+    Inbox &m_inbox;
+    HttpClient &m_http;
+    RetrievalSettings m_settings;
+    QTimer m_alarm;
+    std::unique_ptr<AnswerQueue> m_answers;
+    std::map<MessageId, std::unique_ptr<Fetch>> m_fetches;
+};
+
+} // namespace wmsg::proxy
