@@ -12,12 +12,14 @@ wmsg_forwarding_headers()
 # The contracts of the platform are installed also where a phone's own library fulfils them.
 file(GLOB_RECURSE contracts CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/platform/*.h)
 list(FILTER contracts EXCLUDE REGEX "_p\\.h$")
+# Objects of a service belong to its own library, which has their meta-objects.
+set_source_files_properties(${contracts} PROPERTIES SKIP_AUTOMOC ON)
 target_sources(wmsg PUBLIC FILE_SET contracts TYPE HEADERS
     BASE_DIRS ${PROJECT_SOURCE_DIR} FILES ${contracts})
 
 set(libraries wmsg)
 set(phone_libraries)
-foreach(service system mimetype)
+foreach(service system mimetype drmclient)
     string(TOUPPER ${service} upper)
     if(WMSG_${upper}_LIBRARY)
         string(APPEND phone_libraries "wmsg_phone_library(wmsg-${service} \"${WMSG_${upper}_LIBRARY}\")\n")
