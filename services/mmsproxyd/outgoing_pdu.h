@@ -67,11 +67,11 @@ struct SendConfirmation {
 
     [[nodiscard]] bool isValid() const { return responseStatus >= 128; }
     [[nodiscard]] bool isAccepted() const { return responseStatus == 128; }
-    /// isTransient tells whether the same request may be accepted later: 192 to 223, and 132, a
+    /// isTransient tells whether the same request may be accepted later: 192 to 223, and 134, a
     /// network problem.
     [[nodiscard]] bool isTransient() const
     {
-        return responseStatus == 132 || (responseStatus >= 192 && responseStatus <= 223);
+        return responseStatus == 134 || (responseStatus >= 192 && responseStatus <= 223);
     }
 };
 
