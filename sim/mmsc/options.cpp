@@ -1,0 +1,173 @@
+// SPDX-FileCopyrightText: 2026 The wmsg authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "sim/mmsc/options.h"
+
+#include "sim/mmsc/address.h"
+
+#include <CLI/CLI.hpp>
+
+#include <cstdio>
+
+using namespace Qt::StringLiterals;
+
+namespace wmsg::sim {
+
+namespace {
+
+constexpr int kExitUsage = 2;
+constexpr qint64 kMostBytes = qint64(1) << 30;
+constexpr double kLongestPause = 86400;
+constexpr qint64 kLongestKeep = qint64(30) * 86400;
+
+void addNetwork(CLI::App &program, Options &options)
+{
+    program.add_option("--port", options.port, "Where to listen on 127.0.0.1; 0: any free port")
+        ->check(CLI::Range(0, 65535))
+        ->type_name("PORT")
+        ->capture_default_str();
+    program
+        .add_option("--subscriber", options.subscribers,
+                    "Somebody with a phone: the address and the push socket of the daemon; may be "
+                    "given again")
+        ->type_name("ADDRESS=SOCKET")
+        ->allow_extra_args(false)
+        ->take_all();
+    program
+        .add_option("--default-push", options.defaultPush,
+                    "The push socket that all other addresses lead to; without it they are unknown")
+        ->type_name("SOCKET");
+    program
+        .add_option("--sender", options.sender,
+                    "Who sends what names no sender itself, nor in a header x-msisdn")
+        ->type_name("ADDRESS")
+        ->capture_default_str();
+}
+
+void addTimes(CLI::App &program, Options &options)
+{
+    const auto pause = CLI::Range(0.01, kLongestPause);
+    program
+        .add_option("--notify-again", options.notifyAgain,
+                    "Seconds until a notification is repeated that was not answered")
+        ->check(pause)
+        ->type_name("SECONDS")
+        ->capture_default_str();
+    program
+        .add_option("--push-retry", options.pushRetry,
+                    "Seconds until a phone is tried again that was not there")
+        ->check(pause)
+        ->type_name("SECONDS")
+        ->capture_default_str();
+    program
+        .add_option("--keep", options.keep,
+                    "Seconds that a message waits which says nothing itself")
+        ->check(CLI::Range(qint64(1), kLongestKeep))
+        ->type_name("SECONDS")
+        ->capture_default_str();
+}
+
+void addLimits(CLI::App &program, Options &options)
+{
+    const auto bytes = CLI::Range(qint64(1), kMostBytes);
+    program.add_option("--max-size", options.maxSize, "Refuse requests with more bytes")
+        ->check(bytes)
+        ->type_name("BYTES")
+        ->capture_default_str();
+    program
+        .add_option("--max-stored", options.maxStored,
+                    "Accept no message while more bytes would wait for their recipients")
+        ->check(bytes)
+        ->type_name("BYTES")
+        ->capture_default_str();
+}
+
+void addFaults(CLI::App &program, Options &options)
+{
+    program
+        .add_option("--fault", options.faults,
+                    "A line of a fault plan, like \"send 1 http-status=503\"; may be given again")
+        ->type_name("LINE")
+        ->allow_extra_args(false)
+        ->take_all();
+    program.add_option("--faults", options.faultFile, "A file with a fault plan")
+        ->type_name("FILE");
+}
+
+void addLogs(CLI::App &program, Options &options)
+{
+    program
+        .add_option("--pdu-log", options.pduLog,
+                    "Keep every PDU that comes or goes in a file of this folder")
+        ->type_name("FOLDER");
+    auto *log = program.add_option("--log", options.log, "Append the log of the library to FILE");
+    log->type_name("FILE");
+    program
+        .add_flag("-v,--verbose", options.isVerbose,
+                  "Write the log of the library, and details of HTTP, to standard error")
+        ->excludes(log);
+}
+
+int complain(const QString &problem)
+{
+    std::fprintf(stderr, "wmsg-sim-mmsc: %s\n", qUtf8Printable(problem.simplified()));
+    return kExitUsage;
+}
+
+std::optional<int> check(const Options &options)
+{
+    QString address;
+    QString socket;
+    for (const std::string &subscriber : options.subscribers) {
+        const QString problem = readSubscriber(subscriber, address, socket);
+        if (!problem.isEmpty()) {
+            return complain(problem);
+        }
+    }
+    if (addressKey(QString::fromStdString(options.sender)).isEmpty()) {
+        return complain(u"--sender: this is no address"_s);
+    }
+    const bool isAbsolute = options.defaultPush.empty() || options.defaultPush.front() == '/';
+    return isAbsolute ? std::nullopt
+                      : std::optional(complain(u"--default-push: the path is not absolute"_s));
+}
+
+} // namespace
+
+std::optional<int> readOptions(int argc, char **argv, Options &options)
+{
+    CLI::App program("An MMSC on the loopback interface, for desks and tests.", "wmsg-sim-mmsc");
+    program.set_version_flag("--version", "wmsg-sim-mmsc " WMSG_VERSION,
+                             "Print the version and end");
+    program.set_config("--config", "", "Read options from FILE: option=value in lines")
+        ->type_name("FILE");
+    program.allow_config_extras(CLI::config_extras_mode::error);
+    addNetwork(program, options);
+    addTimes(program, options);
+    addLimits(program, options);
+    addFaults(program, options);
+    addLogs(program, options);
+    try {
+        program.parse(argc, argv);
+    } catch (const CLI::Success &wish) {
+        return program.exit(wish); // help or the version
+    } catch (const CLI::ParseError &error) {
+        return complain(QString::fromUtf8(error.what()) + u" (see wmsg-sim-mmsc --help)"_s);
+    }
+    return check(options);
+}
+
+QString readSubscriber(const std::string &text, QString &address, QString &socket)
+{
+    const QString whole = QString::fromStdString(text);
+    const qsizetype equals = whole.indexOf(u"=/"_s);
+    if (equals < 0) {
+        return u"--subscriber %1: this is not ADDRESS=SOCKET with an absolute path"_s.arg(whole);
+    }
+    address = whole.first(equals);
+    socket = whole.sliced(equals + 1);
+    return addressKey(address).isEmpty() ? u"--subscriber %1: there is no address"_s.arg(whole)
+                                         : QString();
+}
+
+} // namespace wmsg::sim

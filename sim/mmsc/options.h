@@ -1,0 +1,39 @@
+// SPDX-FileCopyrightText: 2026 The wmsg authors
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <QtCore/QString>
+#include <QtCore/QStringList>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace wmsg::sim {
+
+/// What the program was told, on the command line and in its configuration file.
+struct Options {
+    unsigned port = 0;
+    std::vector<std::string> subscribers; ///< ADDRESS=SOCKET
+    std::string defaultPush;
+    std::string sender = "+15550100";
+    std::vector<std::string> faults;
+    std::string faultFile;
+    std::string pduLog;
+    double notifyAgain = 60;
+    double pushRetry = 2;
+    qint64 keep = 259200;
+    qint64 maxSize = 32 << 20;
+    qint64 maxStored = 256 << 20;
+    std::string log;
+    bool isVerbose = false;
+};
+
+/// Reads the arguments. The result, when there is one, is how the program ends: it has said why.
+[[nodiscard]] std::optional<int> readOptions(int argc, char **argv, Options &options);
+
+/// One of the subscribers that were given. Returns what is wrong with the text, or an empty one.
+[[nodiscard]] QString readSubscriber(const std::string &text, QString &address, QString &socket);
+
+} // namespace wmsg::sim

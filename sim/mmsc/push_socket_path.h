@@ -1,0 +1,40 @@
+// SPDX-FileCopyrightText: 2026 The wmsg authors
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "sim/mmsc/notification_path.h"
+
+#include <QtCore/QPointer>
+#include <QtCore/QQueue>
+
+namespace wmsg::sim {
+
+/// The way through the push socket of a proxy daemon on this machine. A few pushes are under way at
+/// a time; others wait for their turn.
+class PushSocketPath final : public NotificationPath {
+    Q_OBJECT
+
+public:
+    explicit PushSocketPath(QString socket, QObject *parent = nullptr);
+
+    void push(const QByteArray &pdu, QObject *receiver, Done done) override;
+
+    [[nodiscard]] const QString &socket() const { return m_socket; }
+
+private:
+    struct Waiting {
+        QByteArray pdu;
+        QPointer<QObject> receiver;
+        Done done;
+    };
+
+    void startNext();
+    void start(const Waiting &push);
+
+    QString m_socket;
+    QQueue<Waiting> m_waiting;
+    int m_running = 0;
+};
+
+} // namespace wmsg::sim
