@@ -1,0 +1,313 @@
+// SPDX-FileCopyrightText: 2026 The wmsg authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "services/intake/body_intake.h"
+
+#include "services/intake/transfer_encoding.h"
+#include "services/intake/wire_values.h"
+
+#include <algorithm>
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+// multipart := count { entry }             count: a uintvar, or one byte in this system's own hand
+//   entry   := header-length data-length header data
+
+namespace wmsg::intake {
+
+namespace {
+
+constexpr int kDeepest = 16; // as deep as the codec follows
+constexpr qsizetype kMostInOneByte = 255;
+constexpr quint32 kMostParts = 4000; // that many fit into the multiparts that the codec follows
+constexpr QByteArrayView kMixedPartHeader("\xA3");
+
+/// Where an entry lies, by its own lengths.
+struct Extent {
+    QByteArrayView header;
+    QByteArrayView data;
+    quint32 missing = 0; ///< Bytes of data that are announced and not there.
+};
+
+/// Reads the lengths of an entry and moves behind its data; null when its header is not there.
+std::optional<Extent> readExtent(WSP_Stream &stream)
+{
+    constexpr qint32 kLongestLength = 5;
+    quint32 headerLength = 0;
+    quint32 dataLength = 0;
+    const qint32 start = stream.pos;
+    if (!stream.readUintvar(headerLength) || stream.pos - start > kLongestLength) {
+        return std::nullopt;
+    }
+    const qint32 second = stream.pos;
+    if (!stream.readUintvar(dataLength) || stream.pos - second > kLongestLength
+        || headerLength > quint32(stream.remaining())) {
+        return std::nullopt;
+    }
+    const qint32 data = stream.pos + static_cast<qint32>(headerLength);
+    const quint32 present = qMin(dataLength, quint32(stream.size - data));
+    Extent extent{bytesBetween(stream, stream.pos, data),
+                  bytesBetween(stream, data, data + static_cast<qint32>(present)),
+                  dataLength - present};
+    stream.pos = data + static_cast<qint32>(present);
+    return extent;
+}
+
+bool isZeros(QByteArrayView bytes)
+{
+    return std::all_of(bytes.begin(), bytes.end(), [](char c) { return c == 0; });
+}
+
+/// Whether exactly `count` entries lie behind the first byte. That is how this system writes a
+/// count above 127.
+bool fitsOneByteCount(QByteArrayView body)
+{
+    WSP_Stream stream = streamOver(body);
+    quint8 count = 0;
+    stream.readByte(count);
+    for (int i = 0; i < count; ++i) {
+        const auto extent = readExtent(stream);
+        if (!extent || extent->missing > 0) {
+            return false;
+        }
+    }
+    return isZeros(bytesBetween(stream, stream.pos, stream.size));
+}
+
+/// An entry, as it will be read.
+struct Part {
+    QByteArrayView given; ///< The whole entry, when nothing has to be done.
+    QByteArray header;
+    Pieces data;
+};
+
+QByteArray writtenLength(qsizetype length)
+{
+    constexpr qsizetype kMost = 5;
+    QByteArray out(kMost, Qt::Uninitialized);
+    WSP_Stream stream(out.data(), static_cast<qint32>(out.size()));
+    stream.writeUintvar(static_cast<qint32>(length));
+    out.truncate(stream.pos);
+    return out;
+}
+
+Pieces entryOf(const QByteArray &header, Pieces data)
+{
+    Pieces entry;
+    entry.add(writtenLength(header.size()) + writtenLength(data.size()) + header);
+    entry.add(std::move(data));
+    return entry;
+}
+
+/// Writes parts behind their count. What one byte cannot count goes into a multipart at the end.
+Pieces written(std::vector<Part> parts)
+{
+    std::vector<Part> rest;
+    if (qsizetype(parts.size()) > kMostInOneByte) {
+        const auto middle = parts.begin() + kMostInOneByte - 1;
+        rest.assign(std::make_move_iterator(middle), std::make_move_iterator(parts.end()));
+        parts.erase(middle, parts.end());
+    }
+    Pieces body;
+    body.add(QByteArray(1, static_cast<char>(parts.size() + (rest.empty() ? 0 : 1))));
+    for (Part &part : parts) {
+        if (part.given.isEmpty()) {
+            body.add(entryOf(part.header, std::move(part.data)));
+        } else {
+            body.keep(part.given);
+        }
+    }
+    if (!rest.empty()) {
+        body.add(entryOf(kMixedPartHeader.toByteArray(), written(std::move(rest))));
+    }
+    return body;
+}
+
+/// Where the last byte lies that is not 0; -1 when all are.
+qsizetype lastNonZero(QByteArrayView bytes)
+{
+    const auto found = std::find_if(bytes.rbegin(), bytes.rend(), [](char c) { return c != 0; });
+    return bytes.rend() - found - 1;
+}
+
+std::optional<QByteArray> withoutTransfer(QByteArrayView content, Transfer transfer,
+                                          Journal &journal)
+{
+    if (transfer == Transfer::None) {
+        return std::nullopt;
+    }
+    auto bytes = transfer == Transfer::Base64 ? fromBase64(content)
+                                              : std::optional(fromQuotedPrintable(content));
+    journal.step(content.data(),
+                 bytes ? u"the transfer encoding of a part was undone"_s
+                       : u"a part is labelled as base64 and is not"_s);
+    return bytes;
+}
+
+/// Whether a text says the same as UTF-8.
+bool isReadable(QByteArrayView bytes, const Charset &charset)
+{
+    if (charset.isUtf16()) {
+        return false;
+    }
+    const bool isCompatible = !charset.isDeclared() || charset.number == Charset::kUtf8
+        || charset.number == Charset::kUsAscii;
+    return isCompatible ? isUtf8(bytes) : charset.keepsAscii() && isAscii(bytes);
+}
+
+class MultipartReader {
+public:
+    MultipartReader(Journal &journal, int depth) : m_journal(journal), m_depth(depth) { }
+
+    std::optional<Pieces> read(QByteArrayView body, bool &isUnchanged)
+    {
+        WSP_Stream stream = streamOver(body);
+        quint32 count = 0;
+        if (!readCount(stream, body, count)) {
+            return std::nullopt;
+        }
+        m_lastByte = lastNonZero(body);
+        readParts(stream, count);
+        if (stream.pos <= m_lastByte) {
+            m_journal.step(body.data() + stream.pos, u"bytes behind the last part are not read"_s);
+        }
+        isUnchanged = m_isUnchanged;
+        if (!isUnchanged) {
+            return written(std::move(m_parts));
+        }
+        Pieces same;
+        same.keep(body);
+        return same;
+    }
+
+private:
+    bool readCount(WSP_Stream &stream, QByteArrayView body, quint32 &count)
+    {
+        constexpr int kHighestShort = 127;
+        const int first = peekByte(stream);
+        if (first < 0) {
+            return false;
+        }
+        if (first > kHighestShort && fitsOneByteCount(body)) {
+            ++stream.pos;
+            count = static_cast<quint32>(first);
+            return true;
+        }
+        if (first > kHighestShort) {
+            m_isUnchanged = false;
+            m_journal.step(body.data(), u"the number of parts was written anew"_s);
+        }
+        return stream.readUintvar(count);
+    }
+    void readParts(WSP_Stream &stream, quint32 count)
+    {
+        for (quint32 i = 0; i < count; ++i) {
+            const qint32 start = stream.pos;
+            const bool isPossible = start <= m_lastByte && i < kMostParts;
+            const auto extent = isPossible ? readExtent(stream) : std::nullopt;
+            if (!extent) {
+                stream.pos = start;
+                tellMissing(stream, i, count);
+                return;
+            }
+            if (extent->missing > 0) {
+                m_journal.lost(
+                    extent->data.data(),
+                    u"part %1 lacks its last %2 bytes"_s.arg(i + 1).arg(extent->missing));
+            }
+            takePart(*extent, bytesBetween(stream, start, stream.pos));
+        }
+    }
+    void tellMissing(const WSP_Stream &stream, quint32 present, quint32 count)
+    {
+        m_isUnchanged = false;
+        m_journal.lost(stream.data + stream.pos,
+                       u"the body announces %1 parts and has %2"_s.arg(count).arg(present));
+    }
+
+    void takePart(const Extent &extent, QByteArrayView entry)
+    {
+        const PartHeader header = readPartHeader(extent.header);
+        Part part;
+        const bool isSame = takeData(extent.data, header, part.data) && extent.missing == 0;
+        if (header.isPlain && isSame) {
+            part.given = entry;
+        } else {
+            m_isUnchanged = false;
+            part.header = writtenPartHeader(header);
+        }
+        if (!header.isPlain) {
+            m_journal.step(extent.header.data(), u"the header of a part was written anew"_s);
+        }
+        m_parts.push_back(std::move(part));
+    }
+    /// Returns whether the data are as they were.
+    bool takeData(QByteArrayView data, const PartHeader &header, Pieces &out)
+    {
+        if (header.type.isMultipart() && m_depth < kDeepest) {
+            return takeNested(data, out);
+        }
+        auto content = takeInContent(data, header.type, header.transfer, m_journal);
+        if (content) {
+            out.add(std::move(*content));
+            return false;
+        }
+        out.keep(data);
+        return true;
+    }
+    bool takeNested(QByteArrayView data, Pieces &out)
+    {
+        bool isUnchanged = false;
+        auto nested = MultipartReader(m_journal, m_depth + 1).read(data, isUnchanged);
+        if (nested) {
+            out = std::move(*nested);
+        }
+        return nested ? isUnchanged : data.isEmpty();
+    }
+
+    Journal &m_journal;
+    int m_depth;
+    qsizetype m_lastByte = -1;
+    bool m_isUnchanged = true;
+    std::vector<Part> m_parts;
+};
+
+} // namespace
+
+std::optional<Pieces> takeInMultipart(QByteArrayView body, bool &isUnchanged, Journal &journal)
+{
+    return MultipartReader(journal, 0).read(body, isUnchanged);
+}
+
+std::optional<QByteArray> takeInContent(QByteArrayView content, const MediaType &type,
+                                        Transfer transfer, Journal &journal)
+{
+    std::optional<QByteArray> decoded = withoutTransfer(content, transfer, journal);
+    const QByteArrayView bytes = decoded ? QByteArrayView(*decoded) : content;
+    if (!type.isText() || isReadable(bytes, type.charset)) {
+        return decoded;
+    }
+    QByteArray text = toUtf8(bytes, type.charset);
+    if (text == bytes) {
+        return decoded;
+    }
+    if (text.endsWith('\0')) {
+        text.chop(1);
+    }
+    journal.step(content.data(), u"a text became UTF-8"_s);
+    return text;
+}
+
+Pieces multipartOfOne(const MediaType &type, Pieces content)
+{
+    PartHeader header;
+    header.type = type;
+    header.location = withoutWrapping(type.name.isEmpty() ? type.fileName : type.name);
+    Pieces body;
+    body.add(QByteArray(1, 1));
+    body.add(entryOf(writtenPartHeader(header), std::move(content)));
+    return body;
+}
+
+} // namespace wmsg::intake

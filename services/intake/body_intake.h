@@ -1,0 +1,28 @@
+// SPDX-FileCopyrightText: 2026 The wmsg authors
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "services/intake/journal.h"
+#include "services/intake/part_header.h"
+#include "services/intake/pieces.h"
+
+#include <QtCore/QByteArrayView>
+
+#include <optional>
+
+namespace wmsg::intake {
+
+/// takeInMultipart returns `body`, a multipart with its count in front, as the codec reads it; null
+/// when not even its count is there. `isUnchanged` tells whether these are the bytes given.
+std::optional<Pieces> takeInMultipart(QByteArrayView body, bool &isUnchanged, Journal &journal);
+
+/// takeInContent returns the content of a part without the encoding that mail gave it, and a text
+/// in UTF-8; null when the bytes given are that already.
+std::optional<QByteArray> takeInContent(QByteArrayView content, const MediaType &type,
+                                        Transfer transfer, Journal &journal);
+
+/// multipartOfOne returns the body of a message that has one part.
+[[nodiscard]] Pieces multipartOfOne(const MediaType &type, Pieces content);
+
+} // namespace wmsg::intake

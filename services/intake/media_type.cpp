@@ -1,0 +1,451 @@
+// SPDX-FileCopyrightText: 2026 The wmsg authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "services/intake/media_type.h"
+
+#include "services/intake/wire_values.h"
+
+#include <WMMSContentType>
+
+#include <algorithm>
+#include <array>
+
+// content-type := number (0x80..0xFF) | text | value-length (number | long-integer | text)
+// *parameter parameter    := token (0x80..0xFF) value | text-name value text         := media *(
+// ";" name "=" value )      as mail has it; WSP has no parameters there
+
+namespace wmsg::intake {
+
+namespace {
+
+constexpr quint8 kHighBit = 0x80;
+constexpr quint8 kLengthQuote = 31;
+constexpr int kRelated = 0x33;
+constexpr int kMixed = 0x23;
+constexpr int kHighestWritten = 62; // the library writes the higher ones as text
+
+// Where the register of numbers and the library's table differ. Other numbers up to 0x4B mean the
+// same in both; the library gives the higher ones to types of its own.
+struct Registered {
+    int number;
+    const char *media;
+};
+constexpr std::array<Registered, 22> kRegistered = {{
+    {0x0E, "multipart/byteranges"},
+    {0x42, "application/vnd.syncml.dm+wbxml"},
+    {0x43, "application/vnd.syncml.dm+xml"},
+    {0x46, "application/vnd.wv.csp.cir"},
+    {0x49, "application/vnd.oma.drm.content"},
+    {0x4A, "application/vnd.oma.drm.rights+xml"},
+    {0x4B, "application/vnd.oma.drm.rights+wbxml"},
+    {0x4C, "application/vnd.wv.csp+xml"},
+    {0x4D, "application/vnd.wv.csp+wbxml"},
+    {0x4E, "application/vnd.syncml.ds.notification"},
+    {0x4F, "audio/*"},
+    {0x50, "video/*"},
+    {0x51, "application/vnd.oma.dd2+xml"},
+    {0x52, "application/mikey"},
+    {0x53, "application/vnd.oma.dcd"},
+    {0x54, "application/vnd.oma.dcdc"},
+    {0x55, "text/x-vMessage"},
+    {0x56, "application/vnd.omads-email+wbxml"},
+    {0x57, "text/x-vBookmark"},
+    {0x58, "application/vnd.syncml.dm.notification"},
+    {0x59, "application/octet-stream"},
+    {0x5A, "application/json"},
+}};
+
+QByteArray mediaOf(quint32 number)
+{
+    for (const Registered &row : kRegistered) {
+        if (quint32(row.number) == number) {
+            return row.media;
+        }
+    }
+    const QString known =
+        number <= 0xFF ? WMMSContentType::getMimeType(static_cast<quint8>(number)) : QString();
+    return known.isEmpty() ? QByteArrayLiteral("application/octet-stream") : known.toLatin1();
+}
+
+int numberOf(const QByteArray &media)
+{
+    return WMMSContentType::getMimeID(QString::fromLatin1(media));
+}
+
+bool isSame(const QByteArray &a, const char *b)
+{
+    return a.compare(b, Qt::CaseInsensitive) == 0;
+}
+
+/// Reads the parameters of a content type into it.
+class ParameterReader {
+public:
+    ParameterReader(WSP_Stream &stream, MediaType &type) : m_stream(stream), m_type(type) { }
+
+    void readAll()
+    {
+        while (m_stream.hasMore()) {
+            const int first = peekByte(m_stream);
+            if (first == 0) {
+                ++m_stream.pos;
+                notPlain();
+            } else if (!(first >= kHighBit ? readToken() : readNamed())) {
+                m_stream.pos = m_stream.size;
+                notPlain();
+            }
+        }
+    }
+
+private:
+    enum Token {
+        Q = 0,
+        CharsetToken = 1,
+        Name = 5,
+        FileName = 6,
+        Type = 9,
+        Start = 10,
+        NameAgain = 0x17,
+        FileNameAgain = 0x18,
+        StartAgain = 0x19,
+    };
+
+    bool readToken()
+    {
+        quint8 byte;
+        m_stream.readByte(byte);
+        switch (byte & 0x7F) {
+        case Q: {
+            notPlain();
+            quint32 quality;
+            return m_stream.readUintvar(quality);
+        }
+        case CharsetToken:
+            return readCharsetValue();
+        case Name:
+            m_type.isPlainInHeader = false;
+            return readTextTo(m_type.name);
+        case NameAgain:
+            notPlain();
+            return readTextTo(m_type.name);
+        case FileName:
+        case FileNameAgain:
+            notPlain();
+            return readTextTo(m_type.fileName);
+        case Type:
+            m_type.isPlainInPart = false; // taken for the start there
+            return readTypeValue();
+        case Start:
+            m_type.isPlainInPart = false; // taken for the type there
+            return readStart();
+        case StartAgain:
+            notPlain();
+            return readStart();
+        default:
+            notPlain();
+            return skipValue(m_stream);
+        }
+    }
+    bool readCharsetValue()
+    {
+        const int first = peekByte(m_stream);
+        if (first > kLengthQuote && first < kHighBit) {
+            // A name, or a number without its high bit; a name has more than one character.
+            const bool isName = m_stream.remaining() > 1
+                && static_cast<quint8>(m_stream.data[m_stream.pos + 1]) > kLengthQuote
+                && static_cast<quint8>(m_stream.data[m_stream.pos + 1]) < kHighBit;
+            notPlain();
+            if (isName) {
+                QByteArray name;
+                const bool isRead = readTextTo(name);
+                m_type.charset = Charset::named(name);
+                return isRead;
+            }
+        }
+        const bool isPlainNumber = first >= kHighBit || first == 1 || first == 2;
+        const auto charset = readCharset(m_stream);
+        if (!isPlainNumber) {
+            notPlain();
+        }
+        m_type.charset = charset.value_or(Charset());
+        return charset.has_value();
+    }
+    /// The type of a related multipart is a text, or a number.
+    bool readTypeValue()
+    {
+        if (peekByte(m_stream) < kHighBit) {
+            return readTextTo(m_type.type);
+        }
+        notPlain();
+        const auto number = readNumber(m_stream);
+        m_type.type = number ? mediaOf(*number) : QByteArray();
+        return number.has_value();
+    }
+    bool readStart()
+    {
+        const bool isQuoted = peekByte(m_stream) == '"';
+        if (!readTextTo(m_type.start)) {
+            return false;
+        }
+        if (isQuoted && m_type.start.startsWith('"')) {
+            m_type.start.remove(0, 1); // a quoted string of WSP: one quote, in front
+        }
+        if (m_type.start.endsWith('"')) {
+            m_type.start.chop(1);
+            notPlain();
+        }
+        return true;
+    }
+    /// A name, and a text or a number.
+    bool readNamed()
+    {
+        QByteArray name;
+        if (peekByte(m_stream) <= kLengthQuote || !readTextTo(name)) {
+            return false;
+        }
+        const int first = peekByte(m_stream);
+        if (first >= kHighBit || (first > 0 && first <= kLengthQuote)) {
+            notPlain();
+            const auto number = readNumber(m_stream);
+            if (number && isSame(name, "charset")) {
+                m_type.charset = {*number, {}};
+            }
+            return number.has_value();
+        }
+        QByteArray value;
+        if (!readTextTo(value)) {
+            return false;
+        }
+        take(name, value);
+        return true;
+    }
+
+public:
+    /// Takes a parameter by its name.
+    void take(const QByteArray &name, const QByteArray &received)
+    {
+        const QByteArray value = withoutQuotes(received);
+        if (value != received) {
+            notPlain();
+        }
+        if (name == "boundary") {
+            m_type.boundary = value;
+            return; // a part has it, the header of a message too
+        }
+        m_type.isPlainInPart = false;
+        if (name == "Application-ID") {
+            m_type.application = value;
+        } else if (name == "Reply-To-Application-ID") {
+            m_type.replyApplication = value;
+        } else if (name == "Auxillary-Application-Information") {
+            m_type.applicationInfo = value;
+        } else {
+            notPlain();
+            takeOther(name, value);
+        }
+    }
+
+private:
+    void takeOther(const QByteArray &name, const QByteArray &value)
+    {
+        if (isSame(name, "charset")) {
+            m_type.charset = Charset::named(value);
+        } else if (isSame(name, "name")) {
+            m_type.name = value;
+        } else if (isSame(name, "filename")) {
+            m_type.fileName = value;
+        } else if (isSame(name, "type")) {
+            m_type.type = value;
+        } else if (isSame(name, "start")) {
+            m_type.start = value;
+        } else if (isSame(name, "boundary")) {
+            m_type.boundary = value;
+        }
+    }
+    bool readTextTo(QByteArray &out)
+    {
+        const auto text = readText(m_stream);
+        if (!text) {
+            return false;
+        }
+        if (!text->isPlain) {
+            notPlain();
+        }
+        if (!isAscii(text->utf8)) {
+            m_type.isPlainInHeader = false; // it counts characters there, not bytes
+        }
+        out = text->utf8;
+        return true;
+    }
+    void notPlain() { m_type.isPlainInHeader = m_type.isPlainInPart = false; }
+
+    WSP_Stream &m_stream;
+    MediaType &m_type;
+};
+
+/// A text may have parameters behind it, as mail writes them.
+void takeMailType(const QByteArray &text, MediaType &type)
+{
+    const qsizetype end = text.indexOf(';');
+    type.media = (end < 0 ? text : text.first(end)).trimmed();
+    if (end < 0) {
+        return;
+    }
+    WSP_Stream nothing(nullptr, 0);
+    ParameterReader reader(nothing, type);
+    const QList<QByteArray> pairs = text.sliced(end + 1).split(';');
+    for (const QByteArray &pair : pairs) {
+        const qsizetype equals = pair.indexOf('=');
+        if (equals > 0) {
+            reader.take(pair.first(equals).trimmed(), pair.sliced(equals + 1).trimmed());
+        }
+    }
+    type.isPlainInHeader = type.isPlainInPart = false;
+}
+
+void readTextMedia(WSP_Stream &stream, MediaType &type)
+{
+    const auto text = readText(stream);
+    type.isPlainInHeader = false; // the codec reads numbers there
+    type.isPlainInPart = type.isPlainInPart && text->isPlain;
+    takeMailType(text->utf8, type);
+    type.isPlainInPart = type.isPlainInPart && type.media == text->utf8;
+}
+
+void takeNumber(quint32 number, MediaType &type)
+{
+    type.number = static_cast<int>(qMin<quint32>(number, 0xFFFF));
+    type.media = mediaOf(number);
+    if (!type.isSameNumber()) {
+        type.isPlainInHeader = type.isPlainInPart = false;
+    }
+}
+
+void readMedia(WSP_Stream &stream, MediaType &type)
+{
+    const int first = peekByte(stream);
+    if (first > kLengthQuote && first < kHighBit) {
+        readTextMedia(stream, type);
+    } else if (const auto number = readNumber(stream)) {
+        if (first < kHighBit) {
+            type.isPlainInHeader = type.isPlainInPart = false;
+        }
+        takeNumber(*number, type);
+    }
+}
+
+void readGeneralForm(WSP_Stream &stream, MediaType &type)
+{
+    quint32 length = 0;
+    if (!stream.readValueLength(length)) {
+        stream.pos = stream.size;
+        type.isPlainInHeader = type.isPlainInPart = false;
+        return;
+    }
+    const auto remaining = static_cast<quint32>(stream.remaining());
+    if (length > remaining || length == 0) {
+        type.isPlainInHeader = type.isPlainInPart = false;
+    }
+    WSP_Stream value(stream.data, stream.pos + static_cast<qint32>(qMin(length, remaining)));
+    value.pos = stream.pos;
+    readMedia(value, type);
+    ParameterReader(value, type).readAll();
+    stream.pos = value.size;
+}
+
+QByteArray namedParameter(const char *name, const QByteArray &value)
+{
+    return value.isEmpty() ? QByteArray() : writtenText(name) + writtenText(value);
+}
+
+QByteArray shortNumber(int number)
+{
+    return QByteArray(1, static_cast<char>(number | kHighBit));
+}
+
+} // namespace
+
+bool MediaType::isText() const
+{
+    const QByteArray lower = media.toLower();
+    return lower.startsWith("text/") || lower == "application/smil" || lower == "application/xml"
+        || lower == "application/smil+xml" || lower == "application/xhtml+xml";
+}
+
+bool MediaType::isMultipart() const
+{
+    const QByteArray lower = media.toLower();
+    return lower.startsWith("multipart/") || lower.startsWith("application/vnd.wap.multipart.");
+}
+
+bool MediaType::isRelated() const
+{
+    return isMultipart() && media.toLower().endsWith("related");
+}
+
+bool MediaType::isSameNumber() const
+{
+    return number >= 0 && number <= 0xFF
+        && WMMSContentType::getMimeType(static_cast<quint8>(number)).toLatin1() == media;
+}
+
+MediaType readMediaType(WSP_Stream &stream)
+{
+    MediaType type;
+    const int first = peekByte(stream);
+    if (first < 0) {
+        return type;
+    }
+    type.isPlainInHeader = type.isPlainInPart = true;
+    if (first > kLengthQuote) {
+        if (first == kHighBit) {
+            type.isPlainInHeader = false; // the codec takes it for a length there
+        }
+        readMedia(stream, type);
+    } else {
+        readGeneralForm(stream, type);
+    }
+    return type;
+}
+
+QByteArray writtenHeaderType(const MediaType &type)
+{
+    QByteArray parameters;
+    int number = type.number;
+    if (type.isMultipart()) {
+        number = type.isRelated() ? kRelated : kMixed;
+        if (!type.start.isEmpty()) {
+            parameters += '\x8A' + writtenText(type.start);
+        }
+        if (!type.type.isEmpty()) {
+            parameters += '\x89' + writtenText(type.type);
+        }
+    }
+    if (!type.isMultipart()) {
+        parameters += type.isText() ? QByteArrayLiteral("\x81\xEA") : QByteArray();
+        parameters += namedParameter("boundary", type.boundary)
+            + namedParameter("name", type.name.isEmpty() ? type.fileName : type.name);
+    }
+    parameters += namedParameter("Application-ID", type.application)
+        + namedParameter("Reply-To-Application-ID", type.replyApplication)
+        + namedParameter("Auxillary-Application-Information", type.applicationInfo);
+    const bool fitsBare = parameters.isEmpty() && number > 0;
+    return fitsBare ? shortNumber(number) : withValueLength(shortNumber(number) + parameters);
+}
+
+QByteArray writtenPartType(const MediaType &type, const QByteArray &name)
+{
+    const int number = numberOf(type.media);
+    const bool isWrittenAsNumber = number > 0 && number <= kHighestWritten;
+    const QByteArray media = isWrittenAsNumber ? shortNumber(number) : writtenText(type.media);
+    QByteArray parameters;
+    if (type.isText()) {
+        parameters += QByteArrayLiteral("\x81\xEA");
+    }
+    if (!name.isEmpty()) {
+        parameters += '\x85' + writtenText(name);
+    }
+    parameters += namedParameter("boundary", type.boundary);
+    return isWrittenAsNumber && parameters.isEmpty() ? media : withValueLength(media + parameters);
+}
+
+} // namespace wmsg::intake

@@ -1,0 +1,281 @@
+// SPDX-FileCopyrightText: 2026 The wmsg authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "services/intake/wire_values.h"
+
+#include "services/intake/transfer_encoding.h"
+
+#include <algorithm>
+
+namespace wmsg::intake {
+
+namespace {
+
+constexpr quint8 kLengthQuote = 31;
+constexpr quint8 kQuote = 127;
+constexpr quint32 kLongestNumber = 30;
+
+/// Puts a stream back where it was, unless the reading is kept.
+class Attempt {
+public:
+    explicit Attempt(WSP_Stream &stream) : m_stream(stream), m_start(stream.pos) { }
+    ~Attempt()
+    {
+        if (!m_isKept) {
+            m_stream.pos = m_start;
+        }
+    }
+    Q_DISABLE_COPY_MOVE(Attempt)
+
+    bool keep() { return m_isKept = true; }
+
+private:
+    WSP_Stream &m_stream;
+    qint32 m_start;
+    bool m_isKept = false;
+};
+
+bool moveOver(WSP_Stream &stream, quint32 count)
+{
+    if (count > static_cast<quint32>(stream.remaining())) {
+        return false;
+    }
+    stream.pos += static_cast<qint32>(count);
+    return true;
+}
+
+/// Takes the bytes up to a NUL, which is passed, or up to the end.
+QByteArrayView takeToNul(WSP_Stream &stream)
+{
+    const qint32 begin = stream.pos;
+    const QByteArrayView rest = bytesBetween(stream, begin, stream.size);
+    const qsizetype end = rest.indexOf('\0');
+    stream.pos = end < 0 ? stream.size : begin + static_cast<qint32>(end) + 1;
+    return end < 0 ? rest : rest.first(end);
+}
+
+QByteArrayView withoutQuote(QByteArrayView bytes)
+{
+    return bytes.startsWith(char(kQuote)) ? bytes.sliced(1) : bytes;
+}
+
+/// What stands in front of the first NUL of 8-bit text, or of the first that is a character of
+/// UTF-16.
+QByteArrayView withoutEnd(QByteArrayView bytes, const Charset &charset)
+{
+    if (!charset.isUtf16()) {
+        const qsizetype end = bytes.indexOf('\0');
+        return end < 0 ? bytes : bytes.first(end);
+    }
+    for (qsizetype i = 0; i + 1 < bytes.size(); i += 2) {
+        if (bytes[i] == 0 && bytes[i + 1] == 0) {
+            return bytes.first(i);
+        }
+    }
+    return bytes;
+}
+
+/// Whether nothing but zeros follows the first `count` bytes.
+bool endsAt(QByteArrayView bytes, qsizetype count)
+{
+    return std::all_of(bytes.begin() + count, bytes.end(), [](char c) { return c == 0; });
+}
+
+/// A text begins with this byte rather than with its length, in any sender's hand.
+bool beginsText(int byte)
+{
+    return byte == 0 || byte > kLengthQuote;
+}
+
+/// The codec takes a byte above 127 in front of a text for a length.
+bool codecSeesLength(int byte)
+{
+    return byte > 127;
+}
+
+std::optional<Text> readCountedText(WSP_Stream &stream)
+{
+    Attempt attempt(stream);
+    quint32 length = 0;
+    if (!stream.readValueLength(length) || length > static_cast<quint32>(stream.remaining())) {
+        return std::nullopt;
+    }
+    const qint32 end = stream.pos + static_cast<qint32>(length);
+    WSP_Stream value(stream.data, end);
+    value.pos = stream.pos;
+    const int first = peekByte(value);
+    const auto charset = readCharset(value);
+    stream.pos = end;
+    attempt.keep();
+    if (!charset) {
+        return Text{{}, false};
+    }
+    const QByteArrayView bytes = bytesBetween(value, value.pos, end);
+    const QByteArrayView text = withoutQuote(bytes);
+    const QByteArrayView said = withoutEnd(text, *charset);
+    Text result = textOf(said, *charset);
+    const bool isNumberAsWritten = first >= 0x80 || first == 1 || first == 2;
+    result.isPlain = result.isPlain && isNumberAsWritten && endsAt(text, said.size());
+    return result;
+}
+
+} // namespace
+
+WSP_Stream streamOver(QByteArrayView bytes)
+{
+    return WSP_Stream(const_cast<char *>(bytes.data()), static_cast<qint32>(bytes.size()));
+}
+
+QByteArrayView bytesBetween(const WSP_Stream &stream, qint32 begin, qint32 end)
+{
+    return {stream.data + begin, end - begin};
+}
+
+int peekByte(const WSP_Stream &stream)
+{
+    return stream.hasMore() ? static_cast<quint8>(stream.data[stream.pos]) : -1;
+}
+
+bool skipValue(WSP_Stream &stream)
+{
+    Attempt attempt(stream);
+    const int first = peekByte(stream);
+    if (first < 0) {
+        return false;
+    }
+    if (first >= 0x80) {
+        ++stream.pos;
+        return attempt.keep();
+    }
+    if (first > kLengthQuote) {
+        takeToNul(stream);
+        return attempt.keep();
+    }
+    quint32 length = 0;
+    return stream.readValueLength(length) && moveOver(stream, length) && attempt.keep();
+}
+
+Text textOf(QByteArrayView bytes, const Charset &charset)
+{
+    const bool isSame = isAscii(bytes) && (charset.keepsAscii() || !charset.isDeclared());
+    const QByteArray utf8 = isSame ? bytes.toByteArray() : toUtf8(bytes, charset);
+    Text text{withEncodedWords(utf8), false};
+    text.isPlain = QByteArrayView(text.utf8) == bytes;
+    return text;
+}
+
+std::optional<Text> readText(WSP_Stream &stream)
+{
+    if (!stream.hasMore()) {
+        return std::nullopt;
+    }
+    return textOf(withoutQuote(takeToNul(stream)), {});
+}
+
+std::optional<Text> readEncodedText(WSP_Stream &stream)
+{
+    const int first = peekByte(stream);
+    if (first < 0) {
+        return std::nullopt;
+    }
+    if (!beginsText(first)) {
+        return readCountedText(stream);
+    }
+    auto text = readText(stream);
+    text->isPlain = text->isPlain && !codecSeesLength(first);
+    return text;
+}
+
+std::optional<Charset> readCharset(WSP_Stream &stream)
+{
+    constexpr int kLongestLongInteger = 2;
+    const int first = peekByte(stream);
+    if (first < 0) {
+        return std::nullopt;
+    }
+    if (first >= 1 && first <= kLongestLongInteger) {
+        const auto number = readNumber(stream);
+        return number ? std::optional(Charset{*number, {}}) : std::nullopt;
+    }
+    ++stream.pos;
+    return Charset{static_cast<quint32>(first & 0x7F), {}};
+}
+
+std::optional<quint32> readNumber(WSP_Stream &stream)
+{
+    Attempt attempt(stream);
+    const int first = peekByte(stream);
+    quint32 number = 0;
+    const bool isPossible = first >= 0x80 || (first >= 0 && first <= int(kLongestNumber));
+    if (!isPossible || !stream.readInteger(number)) {
+        return std::nullopt;
+    }
+    attempt.keep();
+    return number;
+}
+
+QByteArray writtenText(const QByteArray &utf8)
+{
+    constexpr qsizetype kQuoteAndEnd = 2;
+    QByteArray out(utf8.size() + kQuoteAndEnd, Qt::Uninitialized);
+    WSP_Stream stream(out.data(), static_cast<qint32>(out.size()));
+    stream.writeTextString(QString::fromUtf8(utf8));
+    out.truncate(stream.pos);
+    return out;
+}
+
+QByteArray writtenEncodedText(const QByteArray &utf8)
+{
+    constexpr qsizetype kLengthCharsetQuoteAndEnd = 10;
+    QByteArray out(utf8.size() + kLengthCharsetQuoteAndEnd, Qt::Uninitialized);
+    WSP_Stream stream(out.data(), static_cast<qint32>(out.size()));
+    stream.writeEncodedString(QString::fromUtf8(utf8));
+    out.truncate(stream.pos);
+    return out;
+}
+
+QByteArray writtenNumber(quint32 number)
+{
+    constexpr qsizetype kMost = 5;
+    QByteArray out(kMost, Qt::Uninitialized);
+    WSP_Stream stream(out.data(), static_cast<qint32>(out.size()));
+    if (number <= 127) {
+        stream.writeInteger(static_cast<qint32>(number));
+    } else {
+        stream.writeLongInteger(number);
+    }
+    out.truncate(stream.pos);
+    return out;
+}
+
+QByteArray withValueLength(const QByteArray &value)
+{
+    constexpr qsizetype kMost = 6;
+    QByteArray out(kMost, Qt::Uninitialized);
+    WSP_Stream stream(out.data(), static_cast<qint32>(out.size()));
+    stream.writeValueLength(static_cast<qint32>(value.size()));
+    out.truncate(stream.pos);
+    return out + value;
+}
+
+QByteArray withoutQuotes(QByteArray text)
+{
+    if (text.startsWith('"')) {
+        text = text.sliced(1); // a quoted string of WSP has no second quote; others have
+        if (text.endsWith('"')) {
+            text.chop(1);
+        }
+    }
+    return text;
+}
+
+QByteArray withoutWrapping(const QByteArray &wrapped)
+{
+    QByteArray text = withoutQuotes(wrapped.trimmed());
+    if (text.size() >= 2 && text.startsWith('<') && text.endsWith('>')) {
+        text = text.sliced(1, text.size() - 2);
+    }
+    return text;
+}
+
+} // namespace wmsg::intake
