@@ -87,7 +87,8 @@ struct HttpOutcome {
     QByteArray location;
     /// How many bytes the body of the answer has.
     qint64 answerSize = 0;
-    /// One line for the log: what went wrong, or the status. It names hosts, never a path.
+    /// One line for the log: what went wrong, or the status. It names hosts and files
+    /// of ours, never the path of a URL.
     QString text;
 
     /// isSuccess tells whether the answer came with status 200.
@@ -128,7 +129,7 @@ private:
     friend class HttpClient;
     class Private;
 
-    explicit HttpTransfer(std::unique_ptr<Private> d);
+    HttpTransfer(std::unique_ptr<Private> half, QObject *parent);
 
     std::unique_ptr<Private> d;
 };
