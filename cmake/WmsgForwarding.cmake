@@ -78,6 +78,9 @@ set(WMSG_FORWARDING
     util/mms_util_common.h       MMS_UTIL_Common
 
     platform/application/wapplication.h             WApplication
+    platform/engine/mms_eng_controller.h            MMS_ENG_Controller
+    platform/engine/mms_msg_records.h               MMS_MSG_HDR_T
+    platform/engine/mms_msg_records.h               MMS_MSG_BDY_T
     platform/mimetype/am_mimetype.h                 AM_MimeType
     platform/mimetype/util_mimetype.h               UTIL_MimeType
     platform/timeconversion/util_timeconversion.h   UTIL_TimeConversion

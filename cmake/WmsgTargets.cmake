@@ -63,7 +63,7 @@ function(wmsg_add_sdk_library)
         FILES ${PROJECT_BINARY_DIR}/include/wmsg_export.h)
     target_include_directories(wmsg INTERFACE $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/wmsg>)
     target_link_libraries(wmsg
-        PUBLIC Qt6::Core Qt6::Network wmsg::system
+        PUBLIC Qt6::Core Qt6::Network wmsg::system wmsg::engine
         PRIVATE wmsg::drmclient wmsg::mimetype)
 endfunction()
 
