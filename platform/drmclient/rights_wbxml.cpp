@@ -11,7 +11,8 @@
 //   version: 01 to 03      public-id: 0E, or 00 and the place of its text in the table
 //   public-id, charset, table-length: uintvar
 // body      := element       element := tag [ attributes 01 ] [ *( element | value ) 01 ]
-//   tag: bit 7 for attributes, bit 6 for content, then the name: 05 rights, 08 uid, 0A asset
+//   tag: bit 7 for attributes, bit 6 for content, then the name: 05 rights, 08 uid, 0A asset, or 04
+//   and the place of the name in the table
 // value     := 03 text 00 | 83 place | C3 length bytes | ...
 //   place, length: uintvar
 
@@ -52,7 +53,8 @@ private:
     bool isRightsId();
     Step takeValue(quint8 token, QByteArrayView &text);
     bool skipAttributes();
-    bool enter(quint8 token);
+    bool takeName(quint8 token, quint8 &name);
+    bool enter(quint8 token, quint8 name);
     bool leave();
     [[nodiscard]] QByteArrayView tableText(quint32 place) const;
 
@@ -90,7 +92,9 @@ bool RightsReader::readStart()
     const bool isRights =
         publicId == kPublicId || (publicId == 0 && tableText(place) == kPublicIdText);
     quint8 root = 0;
-    return isRights && m_reader.readByte(root) && (root & NameBits) == Rights && enter(root);
+    quint8 name = 0;
+    return isRights && m_reader.readByte(root) && takeName(root, name) && name == Rights
+        && enter(root, name);
 }
 
 /// takeValue takes what belongs to `token` where that is no tag; `text` is set to the text of a
@@ -155,18 +159,37 @@ bool RightsReader::skipAttributes()
     return false;
 }
 
-/// enter takes what follows a tag, up to its content.
-bool RightsReader::enter(quint8 token)
+/// takeName sets `name` to that of a tag; a name from the table counts without its prefix. Names of
+/// no interest that stand in the table are Literal.
+bool RightsReader::takeName(quint8 token, quint8 &name)
 {
+    name = token & NameBits;
     quint32 place = 0;
-    if ((token & NameBits) == Literal && !m_reader.readUintvar(place)) {
+    if (name != Literal) {
+        return true;
+    }
+    if (!m_reader.readUintvar(place)) {
         return false;
     }
+    const QByteArrayView text = tableText(place);
+    const QByteArrayView local = text.sliced(text.lastIndexOf(':') + 1);
+    if (local == "rights") {
+        name = Rights;
+    } else if (local == "asset") {
+        name = Asset;
+    } else if (local == "uid") {
+        name = Uid;
+    }
+    return true;
+}
+
+/// enter takes what stands between the name of a tag and its content.
+bool RightsReader::enter(quint8 token, quint8 name)
+{
     if ((token & HasAttributes) != 0 && !skipAttributes()) {
         return false;
     }
     if ((token & HasContent) != 0) {
-        const quint8 name = token & NameBits;
         m_open.append(name);
         m_assets += name == Asset ? 1 : 0;
     }
@@ -196,7 +219,8 @@ void RightsReader::readBody(Container &rights)
         } else if (token == Instruction) {
             isFine = skipAttributes();
         } else if (const Step step = takeValue(token, text); step == Step::NoValue) {
-            isFine = enter(token);
+            quint8 name = 0;
+            isFine = takeName(token, name) && enter(token, name);
         } else {
             isFine = step == Step::Done;
         }

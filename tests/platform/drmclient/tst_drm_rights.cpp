@@ -185,6 +185,10 @@ void TestDrmRights::wbxml_data()
     hex("tags from the table",
         "03 0E 6A 02 61 00 45 04 00 44 00 01 84 00 05 01 C4 00 05 01 01 4A 48 03 75 00 01 01 01",
         "rights uri=u");
+    hex("all names from the table",
+        "01 0E 6A 16 7269 6768 7473 00 6F2D65783A617373657400 75696400 44 00 44 07 44 12 03 75 00 "
+        "01 01 01",
+        "rights uri=u");
     hex("an instruction", "03 0E 6A 00 45 43 05 03 76 00 01 4A 48 03 75 00 01 01 01",
         "rights uri=u");
     hex("extensions",
@@ -211,6 +215,10 @@ void TestDrmRights::otherWbxml_data()
     hex("another public id", "03 05 6A 00 45 01");
     hex("another root", "03 0E 6A 00 46 01");
     hex("no root", "03 0E 6A 00");
+    hex("another root from the table", "03 0E 6A 02 61 00 44 00 01");
+    hex("a root past the table", "03 0E 6A 02 61 00 44 05 01");
+    hex("a name cut off", "03 0E 6A 02 61 00 44 80");
+    hex("a name cut off inside", "03 0E 6A 02 61 00 45 44 80", "rights");
     hex("table past the end", "03 0E 6A 8F FF FF FF 7F 45 01");
     hex("table longer by one", "03 0E 6A 03 45 01");
     hex("table of 33 bits", "03 0E 6A 9F FF FF FF 7F 45 01");
