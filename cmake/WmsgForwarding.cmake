@@ -77,6 +77,8 @@ set(WMSG_FORWARDING
 
     util/mms_util_common.h       MMS_UTIL_Common
 
+    drm/wmmsdrmutil.h            WMMSDrmUtil
+
     platform/application/wapplication.h             WApplication
     platform/engine/mms_eng_controller.h            MMS_ENG_Controller
     platform/engine/mms_msg_records.h               MMS_MSG_HDR_T

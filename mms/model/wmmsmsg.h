@@ -192,6 +192,10 @@ public:
     /// The response status for a result of the MMS engine, which counts 1 to 25; 127 for any other.
     static unsigned char mapMmscResp(short engineCode);
 
+    /// Tells whether the rights of all DRM parts allow to forward this message: see
+    /// WMMSDrmUtil::canBeForwardedDrmCheck().
+    bool canBeForwardedDrmCheck();
+
     /// Logs header fields, body and attributes at level 4. It marks From, and what is not empty of
     /// To, Cc, Bcc and Content-Type, as present.
     void printMsg();

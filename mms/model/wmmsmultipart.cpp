@@ -237,8 +237,14 @@ bool WMMSMultipart::isEmpty() const
 
 bool WMMSMultipart::isMediaType(const QString &kind) const
 {
-    const QString mainType = m_contentType.getMainType().toLower();
-    const QString subType = m_contentType.getSubType().toLower();
+    QString mainType = m_contentType.getMainType().toLower();
+    QString subType = m_contentType.getSubType().toLower();
+    if (isDrmObj()) {
+        // Kept: what is inside a container is compared with its case.
+        const WMMSContentType content = protectedContentType();
+        mainType = content.getMainType();
+        subType = content.getSubType();
+    }
     const QString wanted = kind.toLower();
     if (wanted == QLatin1String("audio")) {
         return mainType == QLatin1String("audio")
@@ -249,7 +255,8 @@ bool WMMSMultipart::isMediaType(const QString &kind) const
     if (wanted == QLatin1String("image") && mainType == wanted && isVectorImage(subType)) {
         return false;
     }
-    return wanted == mainType;
+    const bool comparesCase = wanted == QLatin1String("image") || wanted == QLatin1String("video");
+    return wanted == (comparesCase ? mainType : mainType.toLower());
 }
 
 int WMMSMultipart::getApproxSize() const
@@ -280,6 +287,9 @@ bool WMMSMultipart::holds(const QArray<char> &bytes) const
 
 QString WMMSMultipart::getSuggestLocalFileName(const QString &dir) const
 {
+    if (isDrmObj()) {
+        return suggestProtectedFileName(dir);
+    }
     QString name =
         m_contentLocation.isEmpty() ? MMS_UTIL_Common::parseCid(m_contentID) : m_contentLocation;
     const QString extension = suggestedExtension(name);

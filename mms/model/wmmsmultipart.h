@@ -94,13 +94,13 @@ public:
     bool isEmpty() const;
     /// Tells whether the part is of a kind of media: "image", "audio", "video" or any main type, in
     /// any case. Vector images are no images; "text/x-imelody" and "application/vnd.smaf" are
-    /// audio.
+    /// audio. A DRM part is of the kind of what is inside it; see WMMSDrmUtil.
     bool isMediaType(const QString &kind) const;
     /// The bytes that the part takes encoded, at most, as long as its headers take up to 512: data
     /// and 512 for this part and for each part below it. It stops at 2^31 - 1.
     int getApproxSize() const;
     /// A proposed absolute file name for saving this part in `dir`, with an extension that fits its
-    /// type.
+    /// type; for a DRM part, that of WMMSDrmUtil::getSuggestLocalFileName().
     QString getSuggestLocalFileName(const QString &dir) const;
 
     /// Logs type, identifiers and size, or the parts below, at level 4.
@@ -130,6 +130,9 @@ private:
     /// Tells whether `bytes` is, or shares memory with, the data of this part or of one below it.
     WMSG_NO_EXPORT bool holds(const QArray<char> &bytes) const;
     WMSG_NO_EXPORT QString suggestedExtension(const QString &name) const;
+    /// The type of what is inside the container of a DRM part, as it is written there.
+    WMSG_NO_EXPORT WMMSContentType protectedContentType() const;
+    WMSG_NO_EXPORT QString suggestProtectedFileName(const QString &dir) const;
 
     WMMSContentType m_contentType;
     std::unique_ptr<QValueList<WMMSMultipart>> m_subParts;
