@@ -10,7 +10,7 @@
 
 namespace vectors {
 
-static constexpr std::array kNotLanded = {"sms.", "drm."};
+static constexpr std::array kNotLanded = {"sms."};
 
 static QHash<QString, Operation> allOperations()
 {
@@ -18,7 +18,7 @@ static QHash<QString, Operation> allOperations()
     for (const Operations &group :
          {wspOperations(), entryOperations(), contentTypeOperations(), fieldOperations(),
           partOperations(), messageOperations(), mailFileOperations(), textOperations(),
-          toolOperations(), proxyOperations()}) {
+          toolOperations(), proxyOperations(), drmOperations()}) {
         for (const Operation &operation : group) {
             all.insert(operation.name, operation);
         }

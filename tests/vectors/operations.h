@@ -55,6 +55,7 @@ Operations mailFileOperations();
 Operations textOperations();
 Operations toolOperations();
 Operations proxyOperations();
+Operations drmOperations();
 
 /// The row of `name`, null when there is none.
 const Operation *findOperation(const QString &name);
