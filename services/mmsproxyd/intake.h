@@ -28,6 +28,11 @@ struct Taken {
     /// What a retrieve confirmation says about its success: 128 is ok, 192 to 223 may pass, 224 and
     /// above will not; 0 when it says nothing.
     quint8 retrieveStatus = 0;
+    /// What the message announces and does not have; null when it is whole. Its mail file lies
+    /// there all the same, and fetching it again may bring the rest.
+    QString loss;
+    /// How many things had to be repaired before a session could read it.
+    int repairs = 0;
     /// The transaction that an acknowledge names; null when the MMSC wants none.
     QString transactionId;
     /// The application that the message is for; null when it is for whoever takes messages.
@@ -48,12 +53,11 @@ public:
     explicit Intake(qint64 limit) : m_limit(limit) { }
 
     /// take reads the retrieve confirmation in `pduFile` and writes it as a mail file to
-    /// `mailFile`, which is replaced as a whole and synced, with its folder; a file beside it with
-    /// ".tmp" behind its name is used and gone afterwards. The bytes of a PDU that the library
-    /// reads stay as they are, save for what the header says about the success of the retrieval,
-    /// which is left out. `pduFile` stays in any case.
+    /// `mailFile`, which is replaced as a whole and synced, with its folder. The bytes of a PDU
+    /// that the library reads stay as they are; another one is made readable, as
+    /// services/intake/intake.h tells. `pduFile` stays in any case.
     ///
-    /// The PDU is copied from file to file; while it is checked, it lies in memory once.
+    /// The PDU goes from file to file; while it is checked, it lies in memory once.
     [[nodiscard]] Taken take(const QString &pduFile, const QString &mailFile) const;
 
 private:

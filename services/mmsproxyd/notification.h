@@ -18,7 +18,13 @@ inline constexpr qint64 kLargestPush = 65536;
 /// Notification is a push as it was read: of a message that waits, of the fate of one that was
 /// sent, or of nothing that we know.
 struct Notification {
-    enum class Kind { MessageWaits, DeliveryReport, Unknown };
+    enum class Kind {
+        MessageWaits,
+        DeliveryReport,
+        ReadReport, ///< Somebody has read a message. There is nobody to tell; it is taken all the
+                    ///< same, or the network would push it for ever.
+        Unknown,
+    };
 
     Kind kind = Kind::Unknown;
     /// Why it is unknown: one line, with the offset where reading ended if there is one.
@@ -27,7 +33,7 @@ struct Notification {
     // Of a message that waits.
     /// Never empty.
     QString transactionId;
-    /// Where the message is fetched; never empty, and nothing says that it is a URL.
+    /// Where the message is fetched; never empty, but it may be no URL.
     QString location;
     /// Bytes, as announced; 0 when nothing was.
     quint32 size = 0;
@@ -47,8 +53,7 @@ struct Notification {
     quint8 status = 0;
 };
 
-/// readNotification reads a bare PDU: a notification or a delivery indication. Times that count
-/// from now count from `now`.
+/// readNotification reads a PDU, bare or in a WAP push. Times that count from now count from `now`.
 [[nodiscard]] Notification readNotification(const QByteArray &pdu, const QDateTime &now);
 
 } // namespace wmsg::proxy

@@ -27,9 +27,8 @@ struct OutgoingPdu {
     qint64 size = 0;
 };
 
-/// writeSendRequest turns the stored form in `mailFile` into a send request in `pduFile`, which
-/// is replaced as a whole and synced, with its folder; a file beside it with ".tmp" behind its
-/// name is used and gone afterwards.
+/// writeSendRequest turns the stored form in `mailFile` into a send request in `pduFile`, which is
+/// replaced as a whole and synced, with its folder.
 ///
 /// What leaves is legal whatever the application left at its default: message type, transaction id
 /// and version are set, the network inserts the sender, a priority of 0 to 2 becomes 128 to 130, a
@@ -76,7 +75,8 @@ struct SendConfirmation {
 };
 
 /// readSendConfirmation reads the answer to the send request with that transaction id. An MMSC that
-/// leaves the id out is believed; a response status above 234, or below 128, is none.
+/// leaves the id out is believed. A response status above 234 is one of a future, and becomes 224,
+/// a permanent failure; one below 128 is none.
 [[nodiscard]] SendConfirmation readSendConfirmation(const QByteArray &answer,
                                                     const QString &transactionId);
 
