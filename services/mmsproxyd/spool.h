@@ -76,6 +76,8 @@ public:
     /// keep moves the files of a message to kept/, with the reason; the record stays. It may be
     /// repeated after it was cut off.
     [[nodiscard]] QString keep(Box box, MessageId id, const QString &reason);
+    /// setAside does the same with the record too, which cannot be used.
+    void setAside(Box box, MessageId id, const QString &reason);
 
     /// The path of a file of a message, which need not exist.
     [[nodiscard]] QString path(Box box, MessageId id, Part part) const;
@@ -93,7 +95,6 @@ private:
     [[nodiscard]] QString folderOf(Box box) const;
     void countFrom(const QString &folder);
     void removeStrays(Box box) const;
-    void keepDamaged(Box box, MessageId id, const QString &reason);
     void forgetOldestKept() const;
 
     QString m_folder;
