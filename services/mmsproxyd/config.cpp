@@ -1,0 +1,253 @@
+// SPDX-FileCopyrightText: 2026 The wmsg authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "services/mmsproxyd/config.h"
+
+#include "services/mmsproxyd/config_checks.h"
+
+#include <CLI/CLI.hpp>
+
+#include <QtCore/QDir>
+#include <QtCore/QSet>
+
+#include <algorithm>
+#include <string>
+
+using namespace Qt::StringLiterals;
+
+namespace wmsg::proxy {
+
+namespace {
+
+constexpr const char *kAbout =
+    "Moves multimedia messages between the applications of a phone and its MMSC.";
+constexpr const char *kFooter =
+    "Every option but --config, --help and --version can stand in the file, as NAME = VALUE\n"
+    "without the dashes; values with blanks or commas want quotes.\n"
+    "Exit codes: 0 stopped by a signal; 1 it cannot run, with a line on standard error that says\n"
+    "why; 2 an option or a line of the file is wrong.";
+
+constexpr qint64 kSmallestLimit = 1024;
+constexpr qint64 kLargestLimit = 100 * 1024 * 1024;
+constexpr size_t kMostPauses = 100;
+
+/// The options as they are typed.
+struct Typed {
+    std::string proxySocket, settingsSocket, pushSocket, socketMode, spool;
+    std::string mmsc, httpProxy, interfaceName, userAgent, profileUrl, settingsUri, logFile;
+    std::string retrieval = "immediate";
+    std::vector<std::string> pauses{"10", "60", "300", "900", "3600"};
+    int connectTimeout = 0;
+    int stallTimeout = 0;
+};
+
+CLI::Validator check(std::string (*function)(const std::string &))
+{
+    return CLI::Validator([function](std::string &text) { return function(text); }, "");
+}
+
+CLI::Option *addText(CLI::App &app, const char *name, std::string &value, const char *type,
+                     const char *about)
+{
+    return app.add_option(name, value, about)->type_name(type);
+}
+
+void addSockets(CLI::App &app, Typed &typed)
+{
+    const auto path = check(checkSocketPath);
+    addText(app, "--proxy-socket", typed.proxySocket, "PATH", "Where sessions connect")
+        ->check(path)
+        ->capture_default_str();
+    addText(app, "--settings-socket", typed.settingsSocket, "PATH",
+            "Where applications ask for the settings")
+        ->check(path)
+        ->capture_default_str();
+    addText(app, "--push-socket", typed.pushSocket, "PATH", "Where notifications are pushed")
+        ->check(path)
+        ->capture_default_str();
+    addText(app, "--socket-mode", typed.socketMode, "MODE",
+            "The permissions of the sockets; peers of other users are refused all the same")
+        ->check(check(checkSocketMode))
+        ->capture_default_str();
+    addText(app, "--spool", typed.spool, "FOLDER",
+            "Where messages are kept as long as they are not delivered")
+        ->check(CLI::Validator(
+            [](std::string &text) { return text.empty() ? "this is no folder" : ""; }, ""))
+        ->capture_default_str();
+}
+
+void addNetwork(CLI::App &app, Typed &typed)
+{
+    const auto url = check(checkHttpUrl);
+    const CLI::Range seconds(1, 3600);
+    addText(app, "--mmsc", typed.mmsc, "URL", "The MMSC; without one nothing is sent")->check(url);
+    addText(app, "--http-proxy", typed.httpProxy, "URL", "The HTTP proxy of the network")
+        ->check(url);
+    addText(app, "--interface", typed.interfaceName, "NAME",
+            "What to bind to: an interface (if!wwan0), or an address (host!10.1.2.3)")
+        ->check(check(checkInterface));
+    addText(app, "--user-agent", typed.userAgent, "TEXT", "What the daemon calls itself")
+        ->check(check(checkPlainText))
+        ->capture_default_str();
+    addText(app, "--profile-url", typed.profileUrl, "URL",
+            "Where the profile of this phone lies; sent as x-wap-profile")
+        ->check(url);
+    app.add_option("--connect-timeout", typed.connectTimeout,
+                   "How long a connection may take to come about")
+        ->type_name("SECONDS")
+        ->check(seconds)
+        ->capture_default_str();
+    app.add_option("--stall-timeout", typed.stallTimeout, "How long a transfer may stand still")
+        ->type_name("SECONDS")
+        ->check(seconds)
+        ->capture_default_str();
+}
+
+void addMessages(CLI::App &app, Typed &typed, Config &config)
+{
+    const CLI::Range limits(kSmallestLimit, kLargestLimit);
+    const auto size = [&app, &limits](const char *name, qint64 &value, const char *about) {
+        app.add_option(name, value, about)
+            ->type_name("SIZE")
+            ->transform(CLI::AsSizeValue(false))
+            ->check(limits)
+            ->capture_default_str();
+    };
+    size("--max-size", config.maxSize, "The largest message that is sent, in bytes, K or M");
+    size("--max-incoming", config.maxIncoming, "The largest message that is retrieved");
+    app.add_option("--retry", typed.pauses,
+                   "The pauses before further attempts, or none: after the last one it has failed")
+        ->type_name("SECONDS,...")
+        ->delimiter(',')
+        ->expected(1, kMostPauses)
+        ->check(check(checkPause))
+        ->capture_default_str();
+    addText(app, "--retrieval", typed.retrieval, "MODE",
+            "What becomes of announced messages: immediate, deferred or never")
+        ->check(CLI::IsMember(std::vector<std::string>{"immediate", "deferred", "never"})
+                    .description(""))
+        ->capture_default_str();
+    addText(app, "--settings-uri", typed.settingsUri, "URI",
+            "What applications are told as the MMSC, if it is not --mmsc")
+        ->check(check(checkSettingsUri));
+}
+
+void addLog(CLI::App &app, Typed &typed, Config &config)
+{
+    auto *log =
+        addText(app, "--log", typed.logFile, "FILE", "Append the log of the library to FILE");
+    app.add_flag("-v,--verbose", config.isVerbose, "Write the log of the library to standard error")
+        ->excludes(log);
+}
+
+Typed defaultsOf(const Config &config)
+{
+    Typed typed;
+    typed.proxySocket = config.proxySocket.toStdString();
+    typed.settingsSocket = config.settingsSocket.toStdString();
+    typed.pushSocket = config.pushSocket.toStdString();
+    typed.socketMode = "600";
+    typed.spool = defaultSpool().toStdString();
+    typed.userAgent = "wmsg/" WMSG_VERSION;
+    typed.connectTimeout = static_cast<int>(config.connectTimeout.count());
+    typed.stallTimeout = static_cast<int>(config.stallTimeout.count());
+    return typed;
+}
+
+RetrievalMode modeOf(const std::string &name)
+{
+    return name == "never"   ? RetrievalMode::Never
+        : name == "deferred" ? RetrievalMode::Deferred
+                             : RetrievalMode::Immediate;
+}
+
+void apply(const Typed &typed, Config &config)
+{
+    config.proxySocket = QString::fromStdString(typed.proxySocket);
+    config.settingsSocket = QString::fromStdString(typed.settingsSocket);
+    config.pushSocket = QString::fromStdString(typed.pushSocket);
+    config.socketMode = socketModeOf(typed.socketMode);
+    config.spool = QDir(QString::fromStdString(typed.spool)).absolutePath();
+    config.mmsc = QString::fromStdString(typed.mmsc);
+    config.httpProxy = QString::fromStdString(typed.httpProxy);
+    config.interfaceName = QString::fromStdString(typed.interfaceName);
+    config.userAgent = QString::fromStdString(typed.userAgent);
+    config.profileUrl = QString::fromStdString(typed.profileUrl);
+    config.connectTimeout = std::chrono::seconds(typed.connectTimeout);
+    config.stallTimeout = std::chrono::seconds(typed.stallTimeout);
+    config.retryPauses = pausesOf(typed.pauses);
+    config.retrieval = modeOf(typed.retrieval);
+    config.settingsUri = QString::fromStdString(typed.settingsUri);
+    config.logFile = QString::fromStdString(typed.logFile);
+}
+
+/// What is wrong with options that are fine one by one.
+void checkTogether(const Typed &typed)
+{
+    const QSet<QString> sockets = {QString::fromStdString(typed.proxySocket),
+                                   QString::fromStdString(typed.settingsSocket),
+                                   QString::fromStdString(typed.pushSocket)};
+    if (sockets.size() < 3) {
+        throw CLI::ValidationError("the three sockets must have three paths");
+    }
+    const auto none = std::count(typed.pauses.begin(), typed.pauses.end(), "none");
+    if (none > 0 && typed.pauses.size() > 1) {
+        throw CLI::ValidationError("--retry", "none stands alone");
+    }
+}
+
+/// A message in one line.
+QString lineOf(const CLI::Error &error)
+{
+    QString text = QString::fromUtf8(error.what());
+    const auto unknown = u"INI was not able to parse "_s;
+    if (text.startsWith(unknown)) {
+        const QString name = text.mid(unknown.size());
+        text = name.endsWith(u".++"_s)
+            ? u"the configuration file has a section, and none is known: "_s + name.chopped(3)
+            : u"the configuration file names an option that does not exist: "_s + name;
+    }
+    text.replace(u'\n', u' ');
+    return text.simplified();
+}
+
+} // namespace
+
+ConfigReading readConfig(int argc, const char *const *argv)
+{
+    ConfigReading reading;
+    Typed typed = defaultsOf(reading.config);
+    CLI::App app(kAbout, "wmsg-mmsproxyd");
+    app.set_version_flag("--version", "wmsg-mmsproxyd " WMSG_VERSION, "Print the version and end");
+    app.set_config("--config", "", "Read options from FILE")->type_name("FILE");
+    app.allow_config_extras(CLI::config_extras_mode::error);
+    app.footer(kFooter);
+    addSockets(app, typed);
+    addNetwork(app, typed);
+    addMessages(app, typed, reading.config);
+    addLog(app, typed, reading.config);
+    try {
+        app.parse(argc, argv);
+        checkTogether(typed);
+        apply(typed, reading.config);
+        reading.kind = ConfigReading::Run;
+    } catch (const CLI::CallForHelp &) {
+        reading.kind = ConfigReading::Print;
+        reading.text = QString::fromStdString(app.help());
+    } catch (const CLI::CallForVersion &wish) {
+        reading.kind = ConfigReading::Print;
+        reading.text = QString::fromUtf8(wish.what()) + u'\n';
+    } catch (const CLI::Error &error) {
+        reading.text = lineOf(error) + u" (see wmsg-mmsproxyd --help)"_s;
+    }
+    return reading;
+}
+
+QString defaultSpool()
+{
+    const QString state = qEnvironmentVariable("XDG_STATE_HOME");
+    const QString folder = state.startsWith(u'/') ? state : QDir::homePath() + u"/.local/state"_s;
+    return QDir::cleanPath(folder + u"/wmsg/mmsproxyd"_s);
+}
+
+} // namespace wmsg::proxy

@@ -1,0 +1,63 @@
+// SPDX-FileCopyrightText: 2026 The wmsg authors
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "services/mmsproxyd/retrieval_queue.h"
+
+#include <QtCore/QString>
+#include <QtCore/QtGlobal>
+
+#include <chrono>
+#include <sys/types.h>
+#include <vector>
+
+namespace wmsg::proxy {
+
+/// Config is what the daemon was told, by its options and by its configuration file. Each option
+/// stands under the same name in the file; the command line wins.
+struct Config {
+    QString proxySocket = QStringLiteral("/tmp/mmsproxy");
+    QString settingsSocket = QStringLiteral("/tmp/extra-mmserver");
+    QString pushSocket = QStringLiteral("/tmp/wmsg-mmspush");
+    mode_t socketMode = 0600;
+    QString spool; ///< always absolute
+
+    QString mmsc; ///< empty: nothing can be sent
+    QString httpProxy;
+    QString interfaceName;
+    QString userAgent; ///< as readConfig() gives it: "wmsg/1.0.0" or the like
+    QString profileUrl;
+    std::chrono::seconds connectTimeout{30};
+    std::chrono::seconds stallTimeout{60};
+
+    qint64 maxSize = 300 * 1024; ///< of a message that is sent, in bytes
+    qint64 maxIncoming = 10 * 1024 * 1024; ///< of one that is retrieved
+    std::vector<std::chrono::milliseconds> retryPauses;
+    RetrievalMode retrieval = RetrievalMode::Immediate;
+    QString settingsUri; ///< what the settings server answers; null: the MMSC
+
+    QString logFile; ///< of the library; empty: nowhere
+    bool isVerbose = false; ///< the log of the library goes to standard error
+};
+
+/// What reading options came to.
+struct ConfigReading {
+    enum Kind {
+        Run, ///< with `config`
+        Print, ///< `text` to standard output, and end: help, or the version
+        Refuse, ///< `text`, one line, to standard error, and end with exit code 2
+    };
+
+    Kind kind = Refuse;
+    Config config;
+    QString text;
+};
+
+/// readConfig reads the options of the program, and the configuration file that they name.
+[[nodiscard]] ConfigReading readConfig(int argc, const char *const *argv);
+
+/// The folder of the spool unless another is named: in $XDG_STATE_HOME, or ~/.local/state.
+[[nodiscard]] QString defaultSpool();
+
+} // namespace wmsg::proxy
