@@ -104,21 +104,9 @@ public:
     }
 
     /// Waits for a send command and returns the path in it.
-    QString takeSent(int requestId)
-    {
-        const QByteArray head = take(20);
-        const auto word = [&head](int n) {
-            return head.size() == 20 ? qFromUnaligned<qint32>(head.constData() + 4 * n) : -1;
-        };
-        const QList<int> words{word(0), word(1), word(2), word(3), word(4)};
-        const QList<int> wanted{1, word(1), requestId, word(1), 0};
-        if (words != wanted) {
-            QTest::qFail("no send command with this request id", __FILE__, __LINE__);
-            return QString();
-        }
-        const QByteArray text = take(word(1));
-        return QString(reinterpret_cast<const QChar *>(text.constData()), text.size() / 2);
-    }
+    QString takeSent(int requestId) { return takeText(1, requestId, {0}); }
+    /// Waits for a register command and returns the application id in it.
+    QString takeRegistered(int requestId) { return takeText(2, requestId, {}); }
 
     /// Closes the connection.
     void close()
@@ -154,6 +142,25 @@ private:
         const QByteArray taken = m_received.left(size);
         m_received.remove(0, taken.size());
         return taken;
+    }
+
+    /// Waits for a command with a text, and words behind the text's length.
+    QString takeText(int command, int requestId, const QList<int> &behind)
+    {
+        const qsizetype size = 4 + behind.size();
+        const QByteArray head = take(int(4 * size));
+        QList<int> words;
+        for (qsizetype n = 0; n < head.size() / 4; ++n) {
+            words += qFromUnaligned<qint32>(head.constData() + 4 * n);
+        }
+        const int length = words.value(1, -1);
+        if (words != QList<int>{command, length, requestId, length} + behind) {
+            QTest::qFail("another command than this, or with another request id", __FILE__,
+                         __LINE__);
+            return QString();
+        }
+        const QByteArray text = take(length);
+        return QString(reinterpret_cast<const QChar *>(text.constData()), text.size() / 2);
     }
 
     ListeningSocket &m_server;

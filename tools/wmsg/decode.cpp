@@ -4,7 +4,6 @@
 #include "tools/wmsg/decode.h"
 
 #include "tools/wmsg/decoded_file.h"
-#include "tools/wmsg/field_words.h"
 #include "tools/wmsg/files.h"
 #include "tools/wmsg/hex_view.h"
 #include "tools/wmsg/log_options.h"
@@ -61,7 +60,6 @@ public:
 private:
     bool decodeFile(const QByteArray &path);
     void show(DecodedFile &file);
-    void complainAbout(const DecodedFile &file) const;
     bool savesParts(const DecodedFile &file);
     void tell(const QString &line) const;
     [[nodiscard]] FileKind kindOfFile(QByteArrayView bytes) const;
@@ -104,7 +102,7 @@ bool Decoder::decodeFile(const QByteArray &path)
     show(file);
     const bool isDecoded = file.result == MMS_DECODE_OK;
     if (!isDecoded) {
-        complainAbout(file);
+        complain(failureInWords(file));
     }
     const bool isSaved = m_options.directory.empty() || savesParts(file);
     return isDecoded && isSaved;
@@ -138,20 +136,6 @@ void Decoder::show(DecodedFile &file)
     } else {
         say(messageView(file, m_detail));
     }
-}
-
-void Decoder::complainAbout(const DecodedFile &file) const
-{
-    QString line =
-        u"%1: result %2 (%3"_s.arg(file.name).arg(file.result).arg(resultInWords(file.result));
-    if (const auto &failure = file.walk.failure()) {
-        line += u": %1) at offset %2, field %3"_s.arg(failure->message)
-                    .arg(failure->offset)
-                    .arg(failure->field);
-    } else {
-        line += u')';
-    }
-    complain(line);
 }
 
 bool Decoder::savesParts(const DecodedFile &file)

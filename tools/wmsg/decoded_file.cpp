@@ -3,6 +3,8 @@
 
 #include "tools/wmsg/decoded_file.h"
 
+#include "tools/wmsg/field_words.h"
+
 #include <mms/model/result_codes.h>
 
 using namespace Qt::StringLiterals;
@@ -24,6 +26,18 @@ void decode(DecodedFile &file)
     QArray<char> pdu =
         start == 0 ? file.bytes : QArray<char>::slice(file.bytes, start, file.bytes.size() - start);
     file.result = file.message.construct(pdu, true);
+}
+
+QString failureInWords(const DecodedFile &file)
+{
+    const QString line =
+        u"%1: result %2 (%3"_s.arg(file.name).arg(file.result).arg(resultInWords(file.result));
+    const auto &failure = file.walk.failure();
+    return line
+        + (failure ? u": %1) at offset %2, field %3"_s.arg(failure->message)
+                         .arg(failure->offset)
+                         .arg(failure->field)
+                   : u")"_s);
 }
 
 QValueList<WMMSMultipart> partsOf(const WMMSMsg &message)

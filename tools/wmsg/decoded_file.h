@@ -23,6 +23,9 @@ struct DecodedFile {
 /// Decodes the bytes that `file` has as its kind says, and walks over them.
 void decode(DecodedFile &file);
 
+/// Why and where a file cannot be decoded, in a line.
+[[nodiscard]] QString failureInWords(const DecodedFile &file);
+
 /// The content of the message: its parts, or the one part of a message without multipart.
 [[nodiscard]] QValueList<WMMSMultipart> partsOf(const WMMSMsg &message);
 

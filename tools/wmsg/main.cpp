@@ -3,7 +3,10 @@
 
 #include "tools/wmsg/compose.h"
 #include "tools/wmsg/decode.h"
+#include "tools/wmsg/receive.h"
 #include "tools/wmsg/report.h"
+#include "tools/wmsg/send.h"
+#include "tools/wmsg/settings.h"
 
 #include <CLI/CLI.hpp>
 
@@ -23,13 +26,17 @@ int complainOfUsage(const CLI::Error &error)
 
 int run(int argc, char **argv)
 {
-    CLI::App program("Composes multimedia messages and shows what is in them.", "wmsg");
+    CLI::App program("Composes, sends and receives multimedia messages and shows what is in them.",
+                     "wmsg");
     program.set_version_flag("--version", "wmsg " WMSG_VERSION, "Print the version and end");
     program.require_subcommand(1);
     program.footer(kFooter);
     int exitCode = wmsg::cli::ExitFine;
     wmsg::cli::addDecode(program, exitCode);
     wmsg::cli::addCompose(program, exitCode);
+    wmsg::cli::addSend(program, exitCode);
+    wmsg::cli::addReceive(program, exitCode);
+    wmsg::cli::addSettings(program, exitCode);
     try {
         program.parse(argc, argv);
     } catch (const CLI::Success &wish) {

@@ -172,13 +172,13 @@ constexpr const char *kKeys[] = {
     "transactionId",
 };
 
-QJsonObject headersJson(const DecodedFile &file)
+// A field whose value could not be read is left out; 0 stands for none.
+QJsonObject headersJson(const WMMSMsg &message, int failedField)
 {
-    const WMMSMsg &message = file.message;
     const MMS_HDR_S &header = message.header();
     QJsonObject headers;
     for (quint8 id = MMS_FIELD_BCC; id <= MMS_FIELD_TRANSACTION_ID; ++id) {
-        if (message.fieldIsPresent(id) && id != file.walk.failedField()) {
+        if (message.fieldIsPresent(id) && id != failedField) {
             headers.insert(QLatin1String(kKeys[id]), fieldJson(id, header));
         }
     }
@@ -242,6 +242,15 @@ QJsonArray warningsJson(const PduWalk &walk, qint64 size)
 
 } // namespace
 
+QJsonObject contentJson(const WMMSMsg &message)
+{
+    return {
+        {u"headers"_s, headersJson(message, 0)},
+        {u"present"_s, presentJson(message)},
+        {u"parts"_s, partsJson(partsOf(message))},
+    };
+}
+
 QJsonObject messageJson(const DecodedFile &file)
 {
     const bool isMailFile = file.kind == FileKind::MailFile;
@@ -249,7 +258,7 @@ QJsonObject messageJson(const DecodedFile &file)
         {u"file"_s, file.name},
         {u"kind"_s, isMailFile ? u"mailfile"_s : u"pdu"_s},
         {u"result"_s, qint64(file.result)},
-        {u"headers"_s, headersJson(file)},
+        {u"headers"_s, headersJson(file.message, file.walk.failedField())},
         {u"present"_s, presentJson(file.message)},
         {u"headerLength"_s, file.walk.headerLength()},
         {u"bodyLength"_s, file.walk.bodyLength()},

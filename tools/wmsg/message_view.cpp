@@ -163,9 +163,9 @@ constexpr int kOrder[] = {
     MMS_FIELD_CONTENT_TYPE,
 };
 
-QString headerView(const DecodedFile &file, Detail detail)
+// The value of a field that could not be read is not shown; 0 stands for none.
+QString headerView(const WMMSMsg &message, int failedField, Detail detail)
 {
-    const WMMSMsg &message = file.message;
     constexpr int kNameWidth = 19;
     QString view;
     for (const int id : kOrder) {
@@ -173,7 +173,7 @@ QString headerView(const DecodedFile &file, Detail detail)
             continue;
         }
         QString name = fieldName(id);
-        const bool isFailed = id == file.walk.failedField();
+        const bool isFailed = id == failedField;
         const QStringList lines =
             isFailed ? QStringList(u"(cannot be read)"_s) : fieldView(id, message.header(), detail);
         for (const QString &line : lines) {
@@ -292,10 +292,15 @@ QString warningsView(const PduWalk &walk)
     return view;
 }
 
+QString contentView(const WMMSMsg &message, Detail detail)
+{
+    return headerView(message, 0, detail) + partsView(message, detail);
+}
+
 QString messageView(const DecodedFile &file, Detail detail)
 {
-    return titleOf(file) + headerView(file, detail) + partsView(file.message, detail)
-        + warningsView(file.walk);
+    return titleOf(file) + headerView(file.message, file.walk.failedField(), detail)
+        + partsView(file.message, detail) + warningsView(file.walk);
 }
 
 } // namespace wmsg::cli

@@ -13,6 +13,9 @@ enum class Detail { Short, Full };
 /// A decoded file for people: its header fields, its parts and the warnings.
 [[nodiscard]] QString messageView(const DecodedFile &file, Detail detail);
 
+/// The header fields and parts of a message, without a title.
+[[nodiscard]] QString contentView(const WMMSMsg &message, Detail detail);
+
 /// The line that a file's view begins with.
 [[nodiscard]] QString titleOf(const DecodedFile &file);
 

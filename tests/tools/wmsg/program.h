@@ -14,6 +14,10 @@
 #include <QtCore/QTemporaryDir>
 #include <QtTest/QtTest>
 
+#include <functional>
+#include <memory>
+
+#include <csignal>
 #include <linux/capability.h>
 #include <sys/prctl.h>
 
@@ -33,6 +37,30 @@ struct Run {
     {
         return QJsonDocument::fromJson(out.toUtf8()).object();
     }
+};
+
+/// The program while it runs. It is killed when it has not ended.
+class Running {
+public:
+    /// Waits for the end, while the event loop goes on.
+    Run end()
+    {
+        Run run;
+        const bool hasEnded =
+            QTest::qWaitFor([this] { return process.state() == QProcess::NotRunning; }, 120000);
+        if (!hasEnded || process.exitStatus() != QProcess::NormalExit) {
+            run.err = "did not end by itself: " + process.errorString() + '\n'
+                + process.readAllStandardError();
+            return run;
+        }
+        run.exitCode = process.exitCode();
+        run.out = QString::fromUtf8(process.readAllStandardOutput());
+        run.err = QString::fromUtf8(process.readAllStandardError());
+        return run;
+    }
+    void signal(int number) const { QCOMPARE(::kill(pid_t(process.processId()), number), 0); }
+
+    QProcess process;
 };
 
 /// A folder of its own in which the program is run, with the files that a test puts there.
@@ -72,34 +100,45 @@ public:
         return start("/bin/sh", {"-c", script, WMSG_PROGRAM});
     }
 
-private:
-    Run start(const QString &program, const QStringList &arguments,
-              const QByteArray &input = {}) const
+    /// Starts the program and returns at once. Its standard input is empty. `inChild` is run in the
+    /// new process before the program.
+    std::unique_ptr<Running> begin(const QStringList &arguments,
+                                   const std::function<void()> &inChild = {}) const
     {
-        QProcess process;
+        auto running = std::make_unique<Running>();
+        begin(*running, WMSG_PROGRAM, arguments, inChild);
+        running->process.closeWriteChannel();
+        return running;
+    }
+
+private:
+    void begin(Running &running, const QString &program, const QStringList &arguments,
+               const std::function<void()> &inChild = {}) const
+    {
+        QProcess &process = running.process;
         process.setWorkingDirectory(m_folder.path());
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert("TZ", "UTC");
         environment.insert("LC_ALL", "C.UTF-8");
         process.setProcessEnvironment(environment);
         // Root reads what nobody may read; the program is run without that right.
-        process.setChildProcessModifier([] {
+        process.setChildProcessModifier([inChild] {
             prctl(PR_CAPBSET_DROP, CAP_DAC_OVERRIDE);
             prctl(PR_CAPBSET_DROP, CAP_DAC_READ_SEARCH);
+            if (inChild) {
+                inChild();
+            }
         });
         process.start(program, arguments);
-        process.write(input);
-        process.closeWriteChannel();
-        Run run;
-        if (!process.waitForFinished(120000) || process.exitStatus() != QProcess::NormalExit) {
-            run.err = "did not end by itself: " + process.errorString() + '\n'
-                + process.readAllStandardError();
-            return run;
-        }
-        run.exitCode = process.exitCode();
-        run.out = QString::fromUtf8(process.readAllStandardOutput());
-        run.err = QString::fromUtf8(process.readAllStandardError());
-        return run;
+    }
+    Run start(const QString &program, const QStringList &arguments,
+              const QByteArray &input = {}) const
+    {
+        Running running;
+        begin(running, program, arguments);
+        running.process.write(input);
+        running.process.closeWriteChannel();
+        return running.end();
     }
 
     QTemporaryDir m_folder;

@@ -21,6 +21,7 @@ private slots:
 
 private:
     static QString manual();
+    static void addSessionHelp();
 };
 
 QString TestCommandLine::manual()
@@ -36,12 +37,49 @@ void TestCommandLine::version()
     QVERIFY(QRegularExpression("^wmsg \\d+\\.\\d+\\.\\d+\n$").match(run.out).hasMatch());
 }
 
+// The subcommands that talk to the daemon.
+void TestCommandLine::addSessionHelp()
+{
+    QTest::newRow("send") << QStringList{"send", "--help"}
+                          << QStringList{"--to",
+                                         "--cc",
+                                         "--bcc",
+                                         "--from",
+                                         "--subject",
+                                         "--text",
+                                         "--text-file",
+                                         "--attach",
+                                         "--no-smil",
+                                         "--date",
+                                         "--expiry",
+                                         "--delivery-report",
+                                         "--no-delivery-report",
+                                         "--read-report",
+                                         "--no-read-report",
+                                         "--priority",
+                                         "--class",
+                                         "--app-id",
+                                         "--max-size",
+                                         "--file",
+                                         "--no-wait",
+                                         "--timeout",
+                                         "--json",
+                                         "--log",
+                                         "--verbose"};
+    QTest::newRow("receive") << QStringList{"receive", "--help"}
+                             << QStringList{"--app-id",  "--count", "--save", "--extract", "--full",
+                                            "--timeout", "--json",  "--log",  "--verbose"};
+    QTest::newRow("settings") << QStringList{"settings", "--help"}
+                              << QStringList{"--json", "--log", "--verbose"};
+}
+
 void TestCommandLine::help_data()
 {
     QTest::addColumn<QStringList>("arguments");
     QTest::addColumn<QStringList>("named");
-    QTest::newRow("program") << QStringList{"--help"}
-                             << QStringList{"decode", "compose", "--version", "Exit codes: 0 fine"};
+    QTest::newRow("program") << QStringList{
+        "--help"} << QStringList{"decode",    "compose",           "send", "receive", "settings",
+                                 "--version", "Exit codes: 0 fine"};
     QTest::newRow("decode") << QStringList{"decode", "--help"}
                             << QStringList{"FILE",      "--json",   "--hex", "--full",
                                            "--extract", "--force",  "--as",  "--max-size",
@@ -72,6 +110,7 @@ void TestCommandLine::help_data()
                                             "--max-size",
                                             "--log",
                                             "--verbose"};
+    addSessionHelp();
 }
 
 void TestCommandLine::help()
@@ -111,8 +150,8 @@ void TestCommandLine::wrongUsage()
 void TestCommandLine::manualNamesEveryOption()
 {
     const QRegularExpression option("(?<![\\w-])--[a-z][a-z-]+");
-    for (const QStringList &help : {QStringList{"decode", "--help"}, {"compose", "--help"}}) {
-        auto found = option.globalMatch(Desk().run(help).out);
+    for (const char *command : {"decode", "compose", "send", "receive", "settings"}) {
+        auto found = option.globalMatch(Desk().run({command, "--help"}).out);
         QVERIFY(found.hasNext());
         while (found.hasNext()) {
             const QString name = found.next().captured();
