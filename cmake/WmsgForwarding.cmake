@@ -46,6 +46,7 @@ set(WMSG_FORWARDING
     mms/codec/fields.h           Field_To
     mms/codec/fields.h           Field_TID
 
+    mms/model/mms_util_conv.h    MMS_UTIL_Conv
     mms/model/mms_util_tool.h    MMS_UTIL_Tool
     mms/model/wmmsmsg.h          WMMSMsg
     mms/model/wmmsmultipart.h    WMMSMultipart
@@ -75,6 +76,10 @@ set(WMSG_FORWARDING
     mms/session/mms_ua_svcmd.h   MMS_UA_SvReadRecCmd
     mms/session/wmmssession.h    WMMSSession
 
+    sms/wsmsclient.h             WSMSClient
+    sms/wsmsmsg.h                WSMSMsg
+    sms/wsmssession.h            WSMSSession
+
     util/mms_util_common.h       MMS_UTIL_Common
 
     drm/wmmsdrmutil.h            WMMSDrmUtil
@@ -85,6 +90,8 @@ set(WMSG_FORWARDING
     platform/engine/mms_msg_records.h               MMS_MSG_BDY_T
     platform/mimetype/am_mimetype.h                 AM_MimeType
     platform/mimetype/util_mimetype.h               UTIL_MimeType
+    platform/telephony/util_tapi_device.h           UTIL_TAPI_Device
+    platform/telephony/util_tapi_event.h            UTIL_TAPI_Event
     platform/timeconversion/util_timeconversion.h   UTIL_TimeConversion
 )
 

@@ -19,7 +19,7 @@ target_sources(wmsg PUBLIC FILE_SET contracts TYPE HEADERS
 
 set(libraries wmsg)
 set(phone_libraries)
-foreach(service system mimetype engine drmclient)
+foreach(service system mimetype engine drmclient telephony)
     string(TOUPPER ${service} upper)
     if(WMSG_${upper}_LIBRARY)
         string(APPEND phone_libraries "wmsg_phone_library(wmsg-${service} \"${WMSG_${upper}_LIBRARY}\")\n")

@@ -64,7 +64,7 @@ function(wmsg_add_sdk_library)
     target_include_directories(wmsg INTERFACE $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/wmsg>)
     target_link_libraries(wmsg
         PUBLIC Qt6::Core Qt6::Network wmsg::system wmsg::engine
-        PRIVATE wmsg::drmclient wmsg::mimetype)
+        PRIVATE wmsg::drmclient wmsg::mimetype wmsg::telephony)
 endfunction()
 
 # Headers of the current folder that are installed.

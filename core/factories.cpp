@@ -7,6 +7,8 @@
 #include "core/wmfmsession.h"
 #include "mms/model/wmmsmsg.h"
 #include "mms/session/wmmssession.h"
+#include "sms/wsmsmsg.h"
+#include "sms/wsmssession.h"
 
 WMFMMsg *WMFMMsg::factory(WMFM::MSG_TYPE_T type)
 {
@@ -14,7 +16,7 @@ WMFMMsg *WMFMMsg::factory(WMFM::MSG_TYPE_T type)
     case WMFM::MSG_TYPE_MMS:
         return new WMMSMsg;
     case WMFM::MSG_TYPE_SMS:
-        break;
+        return new WSMSMsg;
     }
     return nullptr;
 }
@@ -26,8 +28,8 @@ WMFMSession *WMFMSession::open(WMFM::MSG_TYPE_T type, WMFM::STATUS_T &status)
         status = WMFM::STATUS_OK;
         return new WMMSSession(status);
     case WMFM::MSG_TYPE_SMS:
-        status = WMFM::STATUS_FAIL;
-        return nullptr;
+        status = WMFM::STATUS_OK;
+        return new WSMSSession(status);
     }
     status = WMFM::STATUS_INVALID_PARAM;
     return nullptr;

@@ -35,8 +35,7 @@ public:
 
     /// open returns a new session, which the caller gives back with close(). Test `status`: a
     /// session may be returned although it could not be set up, with STATUS_FAIL. For an unknown
-    /// type it returns null with STATUS_INVALID_PARAM, for a type that this build of the library
-    /// has no session for, null with STATUS_FAIL.
+    /// type it returns null with STATUS_INVALID_PARAM.
     static WMFMSession *open(WMFM::MSG_TYPE_T type, WMFM::STATUS_T &status);
 
     /// close deletes a session; null is ignored.

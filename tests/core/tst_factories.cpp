@@ -5,6 +5,9 @@
 #include "core/wmfmsession.h"
 #include "mms/model/wmmsmsg.h"
 #include "mms/session/wmmssession.h"
+#include "platform/applog/applog.h"
+#include "sms/wsmsmsg.h"
+#include "sms/wsmssession.h"
 
 #include <QtTest/QtTest>
 
@@ -17,11 +20,11 @@ private slots:
     void multimediaMessage();
     void noMessageOfAnUnknownType_data();
     void noMessageOfAnUnknownType();
-    void noShortMessageYet();
+    void shortMessage();
     void noSessionOfAnUnknownType_data();
     void noSessionOfAnUnknownType();
     void multimediaSession();
-    void noShortMessageSessionYet();
+    void shortMessageSession();
 };
 
 static void addUnknownTypes()
@@ -60,9 +63,13 @@ void TestFactories::noMessageOfAnUnknownType()
     QVERIFY(!WMFMMsg::factory(WMFM::MSG_TYPE_T(type)));
 }
 
-void TestFactories::noShortMessageYet()
+void TestFactories::shortMessage()
 {
-    QVERIFY(!WMFMMsg::factory(WMFM::MSG_TYPE_SMS));
+    const std::unique_ptr<WMFMMsg> message(WMFMMsg::factory(WMFM::MSG_TYPE_SMS));
+    QVERIFY(dynamic_cast<WSMSMsg *>(message.get()));
+    QCOMPARE(int(message->getMsgType()), 1);
+    QVERIFY(!message->getFrom().isValid());
+    QVERIFY(message->setTo(WMFMEntry(1, "5")));
 }
 
 void TestFactories::noSessionOfAnUnknownType_data()
@@ -95,11 +102,19 @@ void TestFactories::multimediaSession()
     }
 }
 
-void TestFactories::noShortMessageSessionYet()
+void TestFactories::shortMessageSession()
 {
+    // There is one also without the daemon; the status tells it.
+    appLogModuleStream = appLogDiscardStream();
+    const QTemporaryDir folder;
+    qputenv("WMSG_TELEPHONY_SOCKET", folder.filePath("nobody").toLocal8Bit());
     WMFM::STATUS_T status = WMFM::STATUS_OK;
-    QVERIFY(!WMFMSession::open(WMFM::MSG_TYPE_SMS, status));
+    WMFMSession *session = WMFMSession::open(WMFM::MSG_TYPE_SMS, status);
+    QVERIFY(dynamic_cast<WSMSSession *>(session));
     QCOMPARE(int(status), 127);
+    QCOMPARE(int(session->getMsgType()), 1);
+    QVERIFY(!session->getListener());
+    WMFMSession::close(session);
 }
 
 QTEST_GUILESS_MAIN(TestFactories)
