@@ -5,12 +5,7 @@
 
 #include <QtCore/QHash>
 
-#include <algorithm>
-#include <array>
-
 namespace vectors {
-
-static constexpr std::array kNotLanded = {"sms."};
 
 static QHash<QString, Operation> allOperations()
 {
@@ -18,7 +13,7 @@ static QHash<QString, Operation> allOperations()
     for (const Operations &group :
          {wspOperations(), entryOperations(), contentTypeOperations(), fieldOperations(),
           partOperations(), messageOperations(), mailFileOperations(), textOperations(),
-          toolOperations(), proxyOperations(), drmOperations()}) {
+          toolOperations(), proxyOperations(), smsOperations(), drmOperations()}) {
         for (const Operation &operation : group) {
             all.insert(operation.name, operation);
         }
@@ -31,12 +26,6 @@ const Operation *findOperation(const QString &name)
     static const QHash<QString, Operation> all = allOperations();
     const auto found = all.constFind(name);
     return found == all.cend() ? nullptr : &*found;
-}
-
-bool hasNotLanded(const QString &name)
-{
-    return std::any_of(kNotLanded.begin(), kNotLanded.end(),
-                       [&name](const char *prefix) { return name.startsWith(prefix); });
 }
 
 } // namespace vectors

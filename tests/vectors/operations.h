@@ -55,13 +55,10 @@ Operations mailFileOperations();
 Operations textOperations();
 Operations toolOperations();
 Operations proxyOperations();
+Operations smsOperations();
 Operations drmOperations();
 
 /// The row of `name`, null when there is none.
 const Operation *findOperation(const QString &name);
-
-/// Whether `name` belongs to a part of the library that has not landed yet. Such vectors are
-/// counted and not run; a landing removes its row.
-bool hasNotLanded(const QString &name);
 
 } // namespace vectors
