@@ -269,6 +269,218 @@ PROXY_RECORDS = {
 
 
 def write(fuzzer, inputs):
+def retrieval(*parts, header=b"", content_type=b"\xa3"):
+    return (start(0x84) + header + field(4, content_type)
+            + (uintvar(len(parts)) + b"".join(parts) if parts else b""))
+
+
+def notified(*fields):
+    return start(0x82) + b"".join(fields) + field(3, text("http://mmsc.example/1"))
+
+
+def push(pdu, content_type=b"\xbe", headers=b"\xaf\x84", length=None):
+    headers = content_type + headers
+    return b"\x01\x06" + uintvar(len(headers) if length is None else length) + headers + pdu
+
+
+PLAIN = counted(b"\x83\x81\xea")
+MIME_TEXT = text("text/plain; charset=iso-8859-1; name=a.txt")
+MESSAGES = {
+    "readable": PDUS["retrieve-conf-picture"],
+    "notification": PDUS["notification"],
+    "push": push(PDUS["notification"]),
+    "push-text-type": push(PDUS["notification"], text("application/vnd.wap.mms-message")),
+    "push-wrong-length": push(PDUS["notification"], length=9),
+    "push-other": push(b"<si/>", b"\xae"),
+    "short-message": bytes.fromhex("060504 0B84 23F0") + push(PDUS["notification"]),
+    "short-message-part": bytes.fromhex("0B0504 0B84 23F0 0003 01 02 01") + push(PDUS["notification"]),
+    "text-fields": notified(text("X-Foo"), text("bar"), text(" "), text("x")),
+    "later-fields": notified(field(0x19, b"\x80"), field(0x1A, encoded("ok")), field(0x37, text("app"))),
+    "not-retrieved": start(0x84) + field(0x19, b"\xe2") + field(0x1A, encoded("gone")),
+    "read-report": field(12, b"\x88") + field(13, b"\x92") + field(11, text("m1")) + field(0x1B, b"\x80"),
+    "class-text": notified(field(10, text("auto")), field(10, text("new"))),
+    "subject-latin1": notified(field(22, counted(b"\x84Gr\xfc\xdfe\0"))),
+    "subject-utf16": notified(field(22, counted(b"\x02\x03\xf7" + "\ufeffé".encode("utf-16-be")))),
+    "subject-low-charset": notified(field(22, counted(b"\x6aabc\0"))),
+    "subject-undeclared": notified(field(22, b"\xe9t\xe9\0")),
+    "subject-word": notified(field(22, text("=?utf-8?B?w7w=?= =?iso-8859-1?Q?_=FC?="))),
+    "subject-koi8": notified(field(22, counted(b"\x02\x08\x24\xf0\xd2\0"))),
+    "from-text": notified(field(9, text("+49"))),
+    "from-overrun": notified(field(9, b"\x1e\x80" + text("+49"))),
+    "addresses": notified(TO, field(2, text("Ann <+49/TYPE=plmn>")), field(1, text("1.2.3.4/TYPE=IPv4")),
+                          field(23, text(""))),
+    "zeros": notified(b"\0\0", field(22, text("a")), b"\0"),
+    "junk-behind": notified() + b"\x07\x01",
+    "type-as-text": retrieval(entry(PLAIN, b"a"), content_type=text("application/vnd.wap.multipart.related")),
+    "type-quoted": retrieval(entry(PLAIN, b"a"), content_type=counted(
+        b"\xb3\x8a" + text('"<s>"') + b"\x89" + text('"application/smil"'))),
+    "type-number": retrieval(entry(PLAIN, b"a"), content_type=counted(b"\xb3\x89\x83\x99" + text("<s>"))),
+    "alternative": retrieval(entry(PLAIN, b"a"), entry(b"\x82", b"<p>"), content_type=b"\xa6"),
+    "single": retrieval(content_type=counted(b"\x83\x81\x84")) + b"\xe4",
+    "single-text-type": retrieval(content_type=text("audio/x-own")) + b"sound",
+    "single-drm": retrieval(content_type=b"\xc9") + b"\x01\x02",
+    "parts": retrieval(
+        entry(counted(b"\x83\x81\x84"), b"\xe4"), entry(MIME_TEXT, b"\xe4"),
+        entry(counted(b"\x83\x81\x02\x03\xf7"), "ab".encode("utf-16-be") + b"\0"),
+        entry(text("text/plain") + b"\x81\x84", b"\xe4"),
+        entry(b"\x83", b"w6Q", text("Content-Transfer-Encoding") + text("base64")),
+        entry(b"\x83", b"=C3=A4=\r\n", text("Content-Transfer-Encoding") + text("quoted-printable")),
+        entry(b"\x9e", JPEG, b"\xae" + counted(b"\x81\x86" + text("a.jpg")) + b"\xc0\"" + text("<i>")),
+        entry(b"\xc9", b"dcf"), entry(b"", b"x"), entry(b"\x9e", JPEG, b"\x8e" + text('"b.jpg"'))),
+    "nested": retrieval(entry(b"\xa6", body(entry(PLAIN, b"a"), entry(b"\x82", b"b")), b"\xc0\"" + text("<n>")),
+                        entry(b"\xa3", b"")),
+    "count-too-large": start(0x84) + field(4, b"\xa3") + b"\x05" + entry(PLAIN, b"a"),
+    "count-in-two-bytes": start(0x84) + field(4, b"\xa3") + b"\x80\x01" + entry(PLAIN, b"a"),
+    "cut": retrieval(entry(PLAIN, b"a"), entry(b"\x9e", JPEG))[:-5],
+    "bytes-behind": retrieval(entry(PLAIN, b"a")) + b"behind\0\0",
+    "many": retrieval(*[entry(PLAIN, b"a")] * 130),
+}
+
+
+def drm_part(content_type, data, *fields):
+    return "\r\n".join([f"Content-Type: {content_type}", *fields, "", ""]).encode() + data
+
+
+def drm_message(*parts, boundary="boundary-1"):
+    start = f"--{boundary}\r\n".encode()
+    return b"".join(start + part + b"\r\n" for part in parts) + start[:-2] + b"--\r\n"
+
+
+def drm_content(content_type, uri, headers, data=b"secret"):
+    return (bytes([1, len(content_type), len(uri)]) + content_type.encode() + uri.encode()
+            + uintvar(len(headers)) + uintvar(len(data)) + headers + data)
+
+
+def box(kind, data, wide=False):
+    return (struct.pack(">I4sQ", 1, kind, 16 + len(data)) if wide else struct.pack(">I4s", 8 + len(data), kind)) + data
+
+
+FLAGS = bytes(4)
+ISSUER = b"http://rights.example.org/?id=1"
+HEADERS = (b"Encryption-Method: AES128CBC;padding=x;plaintextlen=6\r\nContent-Name: Sunset\r\nRights-Issuer: " + ISSUER
+           + b"\r\nContent-Description: a b\r\n c\r\n")
+COMMON = box(b"ohdr", FLAGS + struct.pack(">BBQHHH", 1, 1, 6, 7, len(ISSUER), 4) + b"cid:1@x" + ISSUER + b"A:b\0")
+DISCRETE = box(b"odhe", FLAGS + b"\x0aimage/jpeg" + COMMON + box(b"udta", b""))
+FILE_TYPE = box(b"ftyp", b"odcf\0\0\0\x02odcf")
+
+
+def track(entry, fields):
+    keys = box(b"sinf", box(b"frma", b"mp4a") + box(b"schi", box(b"odkm", FLAGS + COMMON)))
+    table = box(b"stsd", FLAGS + b"\0\0\0\1" + box(entry, bytes(fields) + keys))
+    return box(b"moov", box(b"trak", box(b"tkhd", b"") + box(b"mdia", box(b"minf", box(b"stbl", table)))))
+
+
+DRM_CONTENT1 = {
+    "whole": drm_content("image/jpeg", "cid:1@x", HEADERS),
+    "no-headers": drm_content("a/b", "", b""),
+    "parameter": drm_content("audio/amr;rate=1", "cid:1", b"X\r\n\r\nrights-issuer:x"),
+    "long-headers": drm_content("a/b", "c", b"X: " + b"y" * 200 + b"\nRights-Issuer: x\n"),
+    "headers-4gb": b"\x01\x03\x01a/bc\x8f\xff\xff\xff\x7f\0",
+    "data-4gb": b"\x01\x03\x01a/bc\0\x8f\xff\xff\xff\x7fx",
+    "control": drm_content("a/b", "c", b"Rights-Issuer: \0\r\nContent-Name: \x7f\r\n"),
+}
+DRM_CONTENT2 = {
+    "whole": FILE_TYPE + box(b"odrm", FLAGS + DISCRETE + box(b"odda", FLAGS + struct.pack(">Q", 1) + b"x", True), True),
+    "narrow": FILE_TYPE + box(b"free", b"x") + box(b"odrm", FLAGS + DISCRETE) + box(b"mdri", b""),
+    "to-the-end": FILE_TYPE + b"\0\0\0\0odrm" + FLAGS + DISCRETE,
+    "film": box(b"ftyp", b"3gp6\0\0\0\x003gp6opf2") + track(b"encv", 78),
+    "sound": box(b"ftyp", b"opf2\0\0\0\0") + track(b"enca", 28),
+    "box-4gb": FILE_TYPE + b"\xff\xff\xff\xffodrm" + FLAGS + DISCRETE,
+    "box-huge": FILE_TYPE + b"\0\0\0\x01odrm" + b"\xff" * 8 + FLAGS + DISCRETE,
+    "deep": FILE_TYPE + (b"\0\0\0\0odrm" + FLAGS) * 50,
+    "url-past-end": FILE_TYPE + box(b"odrm", FLAGS + box(b"odhe", FLAGS + b"\3a/b" + box(b"ohdr", FLAGS + b"\1" * 12 + b"\xff" * 4))),
+}
+RIGHTS1 = (b'<?xml version="1.0"?>\n<!DOCTYPE o-ex:rights PUBLIC "-//OMA//DTD DRMREL 1.0//EN" "x">\n<o-ex:rights '
+           b'xmlns:o-ex="http://odrl.net/1.1/ODRL-EX" xmlns:o-dd="http://odrl.net/1.1/ODRL-DD"><o-ex:context><o-dd:version>1.0'
+           b"</o-dd:version></o-ex:context><o-ex:agreement><o-ex:asset><o-ex:context><o-dd:uid>cid:1@x</o-dd:uid></o-ex:context>"
+           b"</o-ex:asset><o-ex:permission><o-dd:play/></o-ex:permission></o-ex:agreement></o-ex:rights>")
+RIGHTS2 = (b'<roap:protectedRO xmlns:roap="urn:oma:bac:dldrm:roap-1.0"><roap:ro riURL="http://rights.example.org/?a&amp;b">'
+           b"<rights><asset><context><uid> cid:1@x\n</uid></context></asset></rights></roap:ro></roap:protectedRO>")
+DRM_RIGHTS_XML = {
+    "version-1": RIGHTS1,
+    "version-2": RIGHTS2,
+    "no-prefix": b'<rights xmlns="http://odrl.net/1.1/ODRL-EX"><!-- c --><asset><uid><![CDATA[u]]></uid></asset></rights>',
+    "undeclared": b"<o-ex:rights><a:asset><a:uid>&#117;</a:uid></a:asset><x",
+    "utf16": b"\xff\xfe" + RIGHTS2.decode().encode("utf-16-le"),
+    "entities": b'<!DOCTYPE r [<!ENTITY a "aaaa"><!ENTITY b "&a;&a;&a;">]><o-ex:rights><asset><uid>&b;</uid></asset></o-ex:rights>',
+    "deep": b"<o-ex:rights>" + b"<asset>" * 100 + b"<uid>u",
+}
+DRM_RIGHTS_WBXML = {
+    "whole": bytes.fromhex("030E6A00C50585068601464703312E30000101494A464803") + b"cid:1@x\0"
+    + bytes.fromhex("0101014D0F010101"),
+    "public-id": bytes.fromhex("0300006A1B") + b"-//OMA//DTD DRMREL 1.0//EN\0" + bytes.fromhex("454A488300010101"),
+    "names-in-table": bytes.fromhex("010E6A13") + b"rights\0x:asset\0uid\0" + bytes.fromhex("44004407440F037500010101"),
+    "attributes": bytes.fromhex("030E6A026100C5040003760083000241C30178C080000000014AC8C3017501010101"),
+    "extensions": bytes.fromhex("030E6A0045407600417600420080810181058205C0C1C20001028F0143050101"),
+    "table-4gb": bytes.fromhex("030E6A8FFFFFFF7F4501"),
+    "deep": bytes.fromhex("030E6A00") + b"\x45" + b"\x4a" * 200 + bytes.fromhex("48037500"),
+}
+DRM_MESSAGES = {
+    "forward-lock": drm_message(drm_part("image/jpeg", JPEG, "Content-Transfer-Encoding: binary")),
+    "base64": drm_message(drm_part("image/jpeg", b"/9j/4AAQ", "Content-Transfer-Encoding: base64")),
+    "combined": drm_message(drm_part("application/vnd.oma.drm.rights+xml", RIGHTS1), drm_part("image/jpeg", JPEG)),
+    "combined-binary": drm_message(drm_part("application/vnd.oma.drm.rights+wbxml", DRM_RIGHTS_WBXML["whole"]),
+                                   drm_part("image/jpeg", JPEG)),
+    "combined-base64": drm_message(drm_part("application/vnd.oma.drm.ro+xml", base64.encodebytes(RIGHTS2),
+                                            "Content-Transfer-Encoding: base64"), drm_part("audio/amr", b"#!AMR")),
+    "combined-quoted": drm_message(drm_part(
+        "application/vnd.oma.drm.rights+xml", b"<o-ex:rights=3E=\r\n<asset><uid>=75</uid>= \n=zz",
+        "Content-Transfer-Encoding: quoted-printable"), drm_part("image/gif", b"GIF89a")),
+    "content-1": drm_message(drm_part("application/vnd.oma.drm.content", DRM_CONTENT1["whole"])),
+    "content-2": drm_message(drm_part("application/vnd.oma.drm.dcf", base64.b64encode(DRM_CONTENT2["whole"]),
+                                      "Content-Transfer-Encoding: base64"), boundary="'()+_,-./:=? x"),
+    "line-feeds": b"\r\n--b  \nContent-ID: <1>\nContent-Type:\n image/gif\n\t; name=a\n\nGIF89a\n--b--\n",
+    "no-delimiter": b"--b\r\nContent-Type: application/vnd.oma.drm.rights+xml\r\n\r\n--bb\r\n--",
+}
+
+
+def telephony(number, payload=b"", request=0):
+    return struct.pack("<IHH", len(payload), number, request) + payload
+
+
+def pascal(value):
+    return bytes([len(value)]) + value.encode("latin-1")
+
+
+def sized(data):
+    return struct.pack("<H", len(data)) + data
+
+
+CLIENT_ID = bytes(range(16))
+SEND_TO = pascal("") + pascal("+43664")
+ARRIVED = pascal("+4366") + pascal("+43664") + struct.pack("<q", 1100000000)
+TELEPHONY_RECORDS = {
+    "hello": telephony(1, struct.pack("<I", 1) + CLIENT_ID + struct.pack("<I", 2) + pascal("WSMS")),
+    "hello-version-2": telephony(1, struct.pack("<I", 2) + b"whatever"),
+    "send-text": telephony(2, struct.pack("<iBBHH", 1, 3, 0, 0, 0) + SEND_TO + sized(units("Hi"))),
+    "send-unicode": telephony(2, struct.pack("<iBBHH", 2, 0, 0, 0, 0) + SEND_TO + sized(units("\u0416\U0001f600"))),
+    "send-data": telephony(2, struct.pack("<iBBHH", 3, 2, 1, 2948, 9200) + SEND_TO + sized(b"\0\xff")),
+    "send-half-unit": telephony(2, struct.pack("<iBBHH", 3, 0, 0, 0, 0) + SEND_TO + sized(b"a")),
+    "send-nul": telephony(2, struct.pack("<iBBHH", 3, 2, 0, 0, 0) + pascal("") + pascal("1\0") + sized(b"")),
+    "send-body-past-end": telephony(2, struct.pack("<iBBHH", 3, 2, 0, 0, 0) + SEND_TO + b"\xff\xff"),
+    "register": telephony(3, b"\x84\x0b\x01", 1),
+    "deregister": telephony(4, b"\x84\x0b", 2),
+    "service-centre": telephony(5, pascal("+4366"), 65535),
+    "message-answer": telephony(6, struct.pack("<QB", 2**64 - 1, 1)),
+    "result-taken": telephony(7, struct.pack("<i", -1)),
+    "welcome": telephony(129, struct.pack("<II", 1, 2) + pascal("+4366")),
+    "refused": telephony(130, struct.pack("<I", 2)),
+    "done": telephony(131, struct.pack("<I", 4), 1),
+    "done-unknown": telephony(131, struct.pack("<I", 5), 1),
+    "result": telephony(132, struct.pack("<iii", 1, 255, 65538)),
+    "message-text": telephony(133, struct.pack("<QBBHH", 1, 0, 0, 0, 0) + ARRIVED + sized(units("Hi"))),
+    "message-8-bit": telephony(133, struct.pack("<QBBHH", 2, 1, 0, 0, 0) + ARRIVED + sized(b"H\xe9")),
+    "message-data": telephony(133, struct.pack("<QBBHH", 3, 2, 1, 2948, 9200) + ARRIVED + sized(b"\0\xff")),
+    "modem-state": telephony(134, struct.pack("<I", 3) + pascal("")),
+    "several": telephony(132, struct.pack("<iii", 1, 0, 0)) + telephony(131, struct.pack("<I", 0), 7)
+    + telephony(134, struct.pack("<I", 2) + pascal("+4366")),
+    "unknown-type": telephony(999, b"\x01\x02") + telephony(0),
+    "length-longest": struct.pack("<IHH", 66 * 1024, 133, 0),
+    "length-above-limit": struct.pack("<IHH", 66 * 1024 + 1, 133, 0),
+    "length-highest": telephony(0) + b"\xff\xff\xff\xff",
+}
+
+
     folder = CORPUS / fuzzer
     folder.mkdir(parents=True, exist_ok=True)
     for name, data in inputs.items():
@@ -282,3 +494,10 @@ if __name__ == "__main__":
     write("content_type", CONTENT_TYPES)
     write("address", ADDRESSES)
     write("proxy_records", PROXY_RECORDS)
+    write("telephony_records", TELEPHONY_RECORDS)
+    write("intake", MESSAGES)
+    write("drm_message", DRM_MESSAGES)
+    write("drm_content1", DRM_CONTENT1)
+    write("drm_content2", DRM_CONTENT2)
+    write("drm_rights_xml", DRM_RIGHTS_XML)
+    write("drm_rights_wbxml", DRM_RIGHTS_WBXML)
