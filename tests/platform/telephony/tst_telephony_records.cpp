@@ -154,6 +154,8 @@ private slots:
     void lengths();
     void aBrokenReaderStaysBroken();
 
+    void examplesOfThePage();
+
 private:
     static void addRows();
 };
@@ -331,6 +333,37 @@ void TestTelephonyRecords::aBrokenReaderStaysBroken()
     reader.append(toFrame(Result{1, 2, 3}));
     QVERIFY(!reader.next(frame));
     QVERIFY(reader.isBroken());
+}
+
+void TestTelephonyRecords::examplesOfThePage()
+{
+    QFile page(WMSG_TEST_DATA "/../../docs/formats/telephony-records.md");
+    QVERIFY(page.open(QIODevice::ReadOnly));
+    const QString text = page.readAll();
+    const QRegularExpression hexLine("^    ((?:[0-9A-F]{2} {1,2})*[0-9A-F]{2})(?:   .*)?$",
+                                     QRegularExpression::MultilineOption);
+    FrameReader reader;
+    for (const QRegularExpressionMatch &line : hexLine.globalMatch(text)) {
+        reader.append(fromHex(line.captured(1).toLatin1()));
+    }
+    QList<int> types;
+    Send send;
+    Message message;
+    Frame frame;
+    while (reader.next(frame)) {
+        types.append(int(frame.type));
+        QVERIFY(frame.type != RecordType::Send || fromPayload(frame.payload, send));
+        QVERIFY(frame.type != RecordType::Message || fromPayload(frame.payload, message));
+    }
+    QVERIFY(reader.isEmpty());
+    QCOMPARE(types, (QList<int>{1, 129, 3, 2, 131, 132, 7, 133, 6}));
+    QCOMPARE(send.destination, QByteArray("+43664"));
+    QCOMPARE(toHex(send.body), QByteArray("48 00 69 00"));
+    QCOMPARE(message.id, quint64(42));
+    QCOMPARE(int(message.destinationPort), 9000);
+    QCOMPARE(int(message.sourcePort), 9001);
+    QCOMPARE(message.time, qint64(1100000000));
+    QCOMPARE(toHex(message.body), QByteArray("FF 00"));
 }
 
 QTEST_GUILESS_MAIN(TestTelephonyRecords)
