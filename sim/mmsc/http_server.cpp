@@ -144,9 +144,20 @@ QString HttpServer::listen()
     return {};
 }
 
+unsigned HttpServer::connections() const
+{
+    const auto *info = MHD_get_daemon_info(m_daemon, MHD_DAEMON_INFO_CURRENT_CONNECTIONS);
+    return info ? info->num_connections : 0;
+}
+
+// The library listens again after a time of too many connections only when it runs once more.
 void HttpServer::run()
 {
-    MHD_run(m_daemon);
+    unsigned before = 0;
+    do {
+        before = connections();
+        MHD_run(m_daemon);
+    } while (connections() < before);
     MHD_UNSIGNED_LONG_LONG milliseconds = 0;
     if (MHD_get_timeout(m_daemon, &milliseconds) == MHD_YES) {
         m_timer.start(static_cast<int>(std::min<quint64>(milliseconds, 60000)));

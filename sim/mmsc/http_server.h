@@ -74,6 +74,7 @@ private:
 
     QString openSocket(int &socket);
     void run();
+    [[nodiscard]] unsigned connections() const;
 
     Settings m_settings;
     FaultPlan &m_plan;

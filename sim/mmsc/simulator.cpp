@@ -13,7 +13,7 @@ namespace {
 
 constexpr qint64 kLongestPlan = qint64(1) << 20;
 constexpr unsigned kConnections = 200;
-constexpr unsigned kIdleSeconds = 60;
+constexpr unsigned kIdleSeconds = 30;
 
 int milliseconds(double seconds)
 {
