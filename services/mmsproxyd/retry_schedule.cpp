@@ -26,8 +26,8 @@ RetrySchedule::Pause RetrySchedule::remaining(qint64 due, qint64 now, int failur
     if (failures <= 0 || due <= now) {
         return Pause(0);
     }
-    const Pause pause = lastingPauseAfter(failures);
-    return due - pause.count() > now ? pause : Pause(due - now);
+    const bool isPlausible = due - lastingPauseAfter(failures).count() <= now;
+    return isPlausible ? Pause(due - now) : Pause(0);
 }
 
 qint64 currentTime()

@@ -13,8 +13,8 @@ namespace wmsg::proxy {
 
 /// RetrySchedule says when something that failed is tried again: after the first failure the first
 /// pause is made, after the second the second, and after the last pause there is none. Points in
-/// time are milliseconds since 1970, so that they can be kept in a file; a clock that was set back
-/// meanwhile never makes a pause longer than the schedule has it.
+/// time are milliseconds since 1970, so that they can be kept in a file. A clock may be set back
+/// meanwhile: a point that is farther away than the pause has passed.
 class RetrySchedule {
 public:
     using Pause = std::chrono::milliseconds;
@@ -30,7 +30,7 @@ public:
     [[nodiscard]] Pause lastingPauseAfter(int failures) const;
 
     /// remaining returns how long to wait at `now` for the point `due` that was set after that many
-    /// failures: 0 when it has passed, and not more than the pause of then.
+    /// failures; 0 when it has passed.
     [[nodiscard]] Pause remaining(qint64 due, qint64 now, int failures) const;
 
 private:

@@ -20,8 +20,8 @@ namespace wmsg::proxy {
 
 class HttpClient;
 struct HttpOutcome;
-class HttpTransfer;
 struct Outgoing;
+struct SendConfirmation;
 
 struct SendSettings {
     QString mmsc; ///< the URL of the MMSC; without one nothing can be sent
@@ -80,22 +80,21 @@ Q_SIGNALS:
     void progress(wmsg::proxy::SessionId session, qint32 requestId, qint64 sent, qint64 total);
 
 private:
-    void restore(MessageId id, const QJsonObject &record);
-    void restoreAll();
+    void restore(const Spool::Stored &stored);
     [[nodiscard]] qint32 receive(Outgoing &message, const QString &path, uid_t peer);
-    [[nodiscard]] QString store(const Outgoing &message) const;
+    void removeSource(Outgoing &message);
     [[nodiscard]] bool prepare(Outgoing &message);
+    void resume(Outgoing &message);
+    [[nodiscard]] Outgoing *find(SessionId session, qint32 requestId) const;
 
     void proceed();
-    void wait();
+    void postNext();
     void post(Outgoing &message);
+    void tellProgress(MessageId id, qint64 done, qint64 total);
     void postEnded(MessageId id, const HttpOutcome &outcome);
+    void answered(Outgoing &message, const SendConfirmation &confirmation);
     void failed(Outgoing &message, qint32 finalStatus, const QString &reason);
     void end(Outgoing &message, qint32 status);
-    void tell(const Outgoing &message, qint32 status);
-    [[nodiscard]] int running() const;
-    [[nodiscard]] Outgoing *find(SessionId session, qint32 requestId) const;
-    [[nodiscard]] Outgoing *find(MessageId id) const;
 
     Spool &m_spool;
     HttpClient &m_http;
