@@ -24,7 +24,8 @@ namespace wmsg::proxy {
 /// to the inbox is durable when the operation returns.
 class Inbox {
 public:
-    /// How long what is over is remembered at least, and how many of it at most.
+    /// For how long what is over is remembered beyond its expiry, and how many of it at most. A
+    /// message that nobody asked for is given up by then too.
     static constexpr qint64 kMemory = 7 * 24 * 3600 * 1000LL; // milliseconds
     static constexpr int kMostRemembered = 4096;
     /// How many messages and reports may wait; further notifications are refused.
@@ -75,7 +76,7 @@ public:
 
     // For the one who fills it.
 
-    /// All records, by age. Change them with save().
+    /// All records, by age.
     [[nodiscard]] const std::map<MessageId, IncomingRecord> &all() const { return m_records; }
     [[nodiscard]] const IncomingRecord *find(MessageId id) const;
     /// The message, or the report, that a notification speaks of; 0 when it is the first.
@@ -84,17 +85,22 @@ public:
     [[nodiscard]] MessageId fetchable(const QString &uri) const;
     [[nodiscard]] bool isFull() const;
 
-    /// save makes the record that of a message. A record that is over and owes no answer loses its
-    /// files.
+    /// save makes the record that of a message, or changes nothing and returns the problem.
     [[nodiscard]] QString save(MessageId id, const IncomingRecord &record);
+    /// update does what save does for changes that stand even where they could not be written: the
+    /// next start then finds the record of before. A record that is over loses its files.
+    void update(MessageId id, IncomingRecord record);
     /// forget removes a message, its record and its files.
     void forget(MessageId id);
     /// forgetOld removes what was remembered for long enough.
     void forgetOld(qint64 now);
 
 private:
+    void restoreRecord(MessageId id, IncomingRecord record);
     void restoreHanded(MessageId id, IncomingRecord record);
     void emptyFolders() const;
+    [[nodiscard]] std::vector<MessageId> withStage(IncomingRecord::Kind kind,
+                                                   IncomingRecord::Stage stage) const;
 
     Spool &m_spool;
     std::map<MessageId, IncomingRecord> m_records;

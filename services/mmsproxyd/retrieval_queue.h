@@ -15,13 +15,17 @@
 
 #include <map>
 #include <memory>
+#include <utility>
 
 namespace wmsg::proxy {
 
 class AnswerQueue;
 class HttpClient;
-struct HttpOutcome;
 struct Fetch;
+struct HttpOutcome;
+enum class MessageStatus : quint8;
+struct Notification;
+struct Taken;
 
 /// What is done about a message when it is announced.
 enum class RetrievalMode {
@@ -66,8 +70,8 @@ public:
 
     // False: the session has no request of this number that goes on.
 
-    /// abort ends a request with finished(), emitted before it returns. An announced message waits
-    /// to be asked for again.
+    /// abort ends a request with finished(), emitted before it returns. A message that was
+    /// announced can be asked for again.
     bool abort(SessionId session, qint32 requestId);
     bool pause(SessionId session, qint32 requestId);
     bool resume(SessionId session, qint32 requestId);
@@ -95,7 +99,34 @@ Q_SIGNALS:
     void reportReady(wmsg::proxy::MessageId id);
 
 private:
-    struct Request;
+    [[nodiscard]] QString announced(const Notification &notification, const QByteArray &pdu);
+    [[nodiscard]] QString decide(MessageId id, IncomingRecord &record,
+                                 const Notification &notification);
+    void announcedAgain(MessageId id);
+    [[nodiscard]] QString reported(const Notification &notification);
+
+    [[nodiscard]] QString ask(MessageId &id, const QString &uri);
+    void unask(MessageId id, IncomingRecord record);
+    [[nodiscard]] bool setPaused(SessionId session, qint32 requestId, bool isPaused);
+    static void applyPause(Fetch &fetch);
+    [[nodiscard]] std::pair<MessageId, size_t> find(SessionId session, qint32 requestId) const;
+
+    void proceed();
+    void fetchNext();
+    void startFetch(MessageId id, const QString &location);
+    void tellProgress(MessageId id, qint64 done, qint64 total);
+    void tellRetrying(MessageId id);
+    void endRequests(MessageId id, qint32 status);
+
+    // How a fetch ends.
+    void fetchEnded(MessageId id, const HttpOutcome &outcome);
+    void takeIn(MessageId id, const IncomingRecord &record);
+    void arrived(MessageId id, IncomingRecord record, const Taken &taken);
+    void unreadable(MessageId id, IncomingRecord record, const Taken &taken);
+    void gone(MessageId id, const IncomingRecord &record, const QString &reason);
+    void tooLarge(MessageId id, IncomingRecord record, const QString &reason);
+    void failed(MessageId id, IncomingRecord record, const QString &reason, bool mayPass);
+    void close(MessageId id, IncomingRecord record, MessageStatus status, bool answer);
 
     Spool &m_spool;
     Inbox &m_inbox;
@@ -103,7 +134,7 @@ private:
     RetrievalSettings m_settings;
     QTimer m_alarm;
     std::unique_ptr<AnswerQueue> m_answers;
-    std::map<MessageId, std::unique_ptr<Fetch>> m_fetches;
+    std::map<MessageId, Fetch> m_fetches;
 };
 
 } // namespace wmsg::proxy
