@@ -74,9 +74,12 @@ HttpTransfer *HttpClient::Private::start(const HttpRequest &request)
     return transfer;
 }
 
-int HttpClient::Private::watchSocket(CURL * /*easy*/, curl_socket_t socket, int what, void *self,
+int HttpClient::Private::watchSocket(CURL *easy, curl_socket_t socket, int what, void *self,
                                      void * /*watch*/)
 {
+    if (auto *transfer = HttpTransfer::Private::of(easy)) {
+        transfer->setSocket(what == CURL_POLL_REMOVE ? CURL_SOCKET_BAD : socket);
+    }
     static_cast<Private *>(self)->watch(socket, what);
     return 0;
 }

@@ -102,7 +102,10 @@ public:
     void abort();
     [[nodiscard]] bool isPaused() const { return m_isPaused; }
 
+    /// The transfer of a handle; null for one that libcurl made for itself.
     static Private *of(CURL *easy);
+    /// Notes the socket that this transfer waits for.
+    void setSocket(curl_socket_t socket) { m_socket = socket; }
 
 private:
     static size_t giveBody(char *out, size_t size, size_t count, void *self);
@@ -144,6 +147,7 @@ private:
 
     std::unique_ptr<CURL, CurlCleanup> m_easy;
     std::unique_ptr<curl_slist, CurlCleanup> m_headers;
+    curl_socket_t m_socket = CURL_SOCKET_BAD;
     char m_error[CURL_ERROR_SIZE] = {};
 
     service::Descriptor m_bodyFile;

@@ -226,12 +226,9 @@ void HttpTransfer::Private::checkForStall()
 /// How many bytes the system has taken that the peer has not.
 int HttpTransfer::Private::queuedBytes() const
 {
-    curl_socket_t socket = CURL_SOCKET_BAD;
     int queued = 0;
-    if (m_request.method == HttpRequest::Method::Post
-        && curl_easy_getinfo(m_easy.get(), CURLINFO_ACTIVESOCKET, &socket) == CURLE_OK
-        && socket != CURL_SOCKET_BAD) {
-        ::ioctl(socket, SIOCOUTQ, &queued);
+    if (m_socket != CURL_SOCKET_BAD) {
+        ::ioctl(m_socket, SIOCOUTQ, &queued);
     }
     return queued;
 }

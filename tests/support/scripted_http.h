@@ -73,11 +73,13 @@ public:
         while (m_received.size() < count && waitForMore()) { }
         return take(count);
     }
-    /// Reads what is there, that many bytes at most, and returns how many those were.
-    qint64 readSome(qint64 count)
+    /// Reads what is there, that many bytes at most.
+    QByteArray readSome(qint64 count)
     {
-        receive(count);
-        return take(qMin<qint64>(count, m_received.size())).size();
+        if (m_received.size() < count) {
+            receive(count - m_received.size());
+        }
+        return take(count);
     }
     /// How many bytes have arrived and were not read.
     [[nodiscard]] qint64 waiting() const
