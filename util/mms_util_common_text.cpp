@@ -5,10 +5,10 @@
 
 #include "core/log.h"
 #include "mms/codec/wmmscontenttype.h"
+#include "util/utf16_units.h"
 
 #include <QtCore/QByteArray>
 #include <QtCore/QStringView>
-#include <QtCore/QtEndian>
 
 #include <algorithm>
 #include <cstdio>
@@ -67,33 +67,6 @@ bool isWideCharset(const QString &upperCase)
 {
     return upperCase == QLatin1String("UCS2") || upperCase == QLatin1String("UTF-16BE")
         || upperCase == QLatin1String("UTF-16LE") || upperCase == QLatin1String("UTF-16");
-}
-
-/// unitsOf returns the 16-bit units at `bytes` as text.
-QString unitsOf(const char *bytes, qsizetype count)
-{
-    QString text(count, Qt::Uninitialized);
-    if (count > 0) {
-        qFromLittleEndian<char16_t>(bytes, count, text.data());
-    }
-    return text;
-}
-
-/// exchangedUnitsOf returns the 16-bit units at `bytes` as text, each two neighbours exchanged. An
-/// odd last unit has no neighbour, and 0 stands in its place.
-// Kept: adjacent units change places and the bytes inside a unit do not.
-QString exchangedUnitsOf(const char *bytes, qsizetype count)
-{
-    QString text(count, Qt::Uninitialized);
-    QChar *unit = text.data();
-    for (qsizetype i = 0; i + 1 < count; i += 2) {
-        unit[i] = QChar(qFromLittleEndian<char16_t>(bytes + 2 * i + 2));
-        unit[i + 1] = QChar(qFromLittleEndian<char16_t>(bytes + 2 * i));
-    }
-    if (count % 2 != 0) {
-        unit[count - 1] = QChar();
-    }
-    return text;
 }
 
 } // namespace
@@ -197,10 +170,10 @@ bool MMS_UTIL_Common::toUTF8(const QArray<char> &source, const QString &charset,
     const qsizetype count = (source.size() - mark) / 2;
     QString text;
     if (isLittleMark || name == QLatin1String("UTF-16LE")) {
-        text = unitsOf(units, count);
+        text = wmsg::util::unitsOf(units, count);
     } else {
         logLine(4, "Little endian UTF-16");
-        text = exchangedUnitsOf(units, count);
+        text = wmsg::util::exchangedUnitsOf(units, count);
     }
     logLine(4, "unicode to string: %s", text);
     const QByteArray utf8 = text.toUtf8();

@@ -20,6 +20,8 @@ class MsgFieldBase;
 class WMMSContentType;
 class WSP_Stream;
 struct MMS_HDR_S;
+struct MMS_MSG_BDY_T;
+struct MMS_MSG_HDR_T;
 
 /// A multimedia message: its header fields, which of them are present, and its body, one root part
 /// whose sub-parts are the pieces of content. It is built by an application or decoded from a PDU
@@ -196,6 +198,42 @@ public:
     /// WMMSDrmUtil::canBeForwardedDrmCheck().
     bool canBeForwardedDrmCheck();
 
+    /// @name The message store of the device
+    /// The records are those of platform/engine/mms_msg_records.h. A record holds less than a
+    /// message: of the header fields the addresses, subject, date, class, priority, size, expiry
+    /// and delivery time, the two reports and the application ids; of a part its media type, ids
+    /// and bytes. Parts below parts are kept as the bytes of their parent alone.
+    /// @{
+
+    /// Stores this message in `folder`: as a new one when the id behind `msgId` is 65535, which
+    /// then becomes its id, and in the place of the message of that id otherwise. Subject and
+    /// application ids are kept as Latin-1. Returns 300; 301 when the engine refuses; 209 when
+    /// there are more than 40 parts.
+    quint32 constructEngMsg(unsigned short *msgId, unsigned short folder);
+    /// Adds a stored message to this one, which should be a new one; its body too when `readBody`
+    /// is set, and then its application ids. Priority, response status, the lists of recipients,
+    /// and subject and delivery time where there are any, are marked as present, other values only
+    /// set. `header` may be null; else it is filled, the caller releases it with FreeMMSHdr of the
+    /// engine, and its lists of recipients are cut to the first. The last argument is not used.
+    /// Returns 100; 113 when the header cannot be read, 111 when the body cannot.
+    quint32 constructWMMSMsg(unsigned short msgId, MMS_MSG_HDR_T *header, bool readBody,
+                             unsigned short unused);
+    /// The id of the message in the store that constructWMMSMsg() was last asked for; 65535 for
+    /// none.
+    [[nodiscard]] unsigned short engineMsgId() const { return m_engineMsgId; }
+
+    /// Fills `header`, whatever it holds, with the values of this message. A delivery time counts
+    /// only when it is still to come.
+    void engDataInitHdr(MMS_MSG_HDR_T *header);
+    /// Makes a body record without parts, and sets `body` to it; null without memory. The caller
+    /// releases what it holds with FreeMMSBdy of the engine, and itself with free().
+    void engDataInitMsgbdy(QString contentType, MMS_MSG_BDY_T **body);
+    /// Appends the record of a part to `body` and counts it. Returns 200; 207 when all 40 records
+    /// are used; 209 for null arguments, and without memory.
+    quint32 engDataAppendParts(WMMSMultipart *part, MMS_MSG_BDY_T *body);
+
+    /// @}
+
     /// Logs header fields, body and attributes at level 4. It marks From, and what is not empty of
     /// To, Cc, Bcc and Content-Type, as present.
     void printMsg();
@@ -216,6 +254,13 @@ private:
     WMSG_NO_EXPORT quint32 encodeBodyBehindHeader(QArray<char> &out);
     WMSG_NO_EXPORT bool encodeParts(QArray<char> &out, int allowance);
     WMSG_NO_EXPORT bool hasContent() const;
+    WMSG_NO_EXPORT void engDataInitTexts(MMS_MSG_HDR_T *header) const;
+    WMSG_NO_EXPORT bool appendAllParts(MMS_MSG_BDY_T *body, bool &hasProtectedPart);
+    WMSG_NO_EXPORT void takeAddresses(const MMS_MSG_HDR_T &record);
+    WMSG_NO_EXPORT void takeStatus(unsigned short msgId);
+    WMSG_NO_EXPORT void takeValues(const MMS_MSG_HDR_T &record);
+    WMSG_NO_EXPORT bool takeBody(unsigned short msgId, const MMS_MSG_HDR_T &record);
+    WMSG_NO_EXPORT void takeContentType();
 
     std::unique_ptr<MMS_HDR_S> m_header;
     WMMSMultipart m_body;

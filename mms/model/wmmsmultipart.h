@@ -14,6 +14,8 @@
 #include <memory>
 
 class WSP_Stream;
+struct MMS_MSG_BDY_T;
+struct MMS_MSG_PART_T;
 
 /// One body part of a multimedia message: a typed piece of content with its identifiers, its bytes,
 /// the name of the file that backs them, and, for a part that is itself a multipart, its sub-parts.
@@ -120,6 +122,16 @@ public:
     /// are left out without notice.
     bool exportTo(QArray<char> &out, int offset);
 
+    /// Takes the content type of a body record of the message store, and appends a part for each of
+    /// its part records to the sub-part list. Texts become UTF-8: those in memory from wide
+    /// strings, those in files from UTF-16. A record whose file cannot be read is left out. The
+    /// local file name of this part becomes the path of the last file. Returns false, with nothing
+    /// changed, when there is no record or it has no array of parts; also false when there is no
+    /// memory, and the parts so far stay then.
+    bool constructWMMSBdy(MMS_MSG_BDY_T *body);
+    /// What getApproxSize() was when constructWMMSBdy() had filled this part; a copy has none.
+    [[nodiscard]] int storedApproxSize() const { return m_approxSize; }
+
 private:
     friend class WMMSMsg;
     class BodyReader;
@@ -134,12 +146,18 @@ private:
     WMSG_NO_EXPORT WMMSContentType protectedContentType() const;
     WMSG_NO_EXPORT QString suggestProtectedFileName(const QString &dir) const;
 
+    enum class Record { Taken, LeftOut, NoMemory };
+    WMSG_NO_EXPORT Record takeRecord(const MMS_MSG_PART_T &record, WMMSMultipart &part);
+    WMSG_NO_EXPORT static bool takeMemory(const MMS_MSG_PART_T &record, WMMSMultipart &part);
+    WMSG_NO_EXPORT Record takeFile(const MMS_MSG_PART_T &record, WMMSMultipart &part);
+
     WMMSContentType m_contentType;
     std::unique_ptr<QValueList<WMMSMultipart>> m_subParts;
     QString m_contentLocation;
     QString m_contentID;
     QArray<char> m_data;
     QString m_localFileName;
+    qint32 m_approxSize = 0;
 };
 
 Q_DECLARE_TYPEINFO(WMMSMultipart, Q_RELOCATABLE_TYPE);
