@@ -31,12 +31,12 @@ int TAPI_CLIENT_Init(const char *name, int events)
     if (!name || events < 0 || !QAbstractEventDispatcher::instance()) {
         return -TAPI_INVALID;
     }
-    auto client = TelephonyClient::open(name, static_cast<quint32>(events));
+    const auto client = TelephonyClient::open(name, static_cast<quint32>(events));
     if (!client) {
         return -TAPI_NO_SERVICE;
     }
     const int handle = ++s_lastHandle;
-    s_clients.insert(handle, std::move(client));
+    s_clients.insert(handle, client);
     return handle;
 }
 

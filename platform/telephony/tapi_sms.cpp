@@ -39,7 +39,7 @@ Body bodyOf(const TAPI_SMS_PORT_SM_S &sm)
 QString textOf(const Body &body)
 {
     QString text(static_cast<qsizetype>(body.size / sizeof(char16_t)), Qt::Uninitialized);
-    if (!text.isEmpty()) {
+    if (body.bytes && !text.isEmpty()) {
         memcpy(text.data(), body.bytes, static_cast<size_t>(text.size()) * sizeof(char16_t));
     }
     return text;

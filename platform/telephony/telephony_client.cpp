@@ -26,7 +26,7 @@ constexpr int kPatientPause = 1600;
 constexpr int kLongestPause = 30000;
 
 /// What may wait to be sent, in bytes, before new messages are refused.
-constexpr qsizetype kMostUnsent = 1024 * 1024;
+constexpr qsizetype kMostUnsent = 1 << 20;
 
 /// So many messages are remembered as taken.
 constexpr qsizetype kRememberedMessages = 64;
@@ -121,12 +121,15 @@ TelephonyClient::TelephonyClient(const QByteArray &name, quint32 events)
 {
     m_timer.setSingleShot(true);
     connect(&m_timer, &QTimer::timeout, this, &TelephonyClient::retry);
+    m_delivery.setSingleShot(true);
+    m_delivery.setInterval(0);
+    connect(&m_delivery, &QTimer::timeout, this, &TelephonyClient::deliver);
 }
 
 void TelephonyClient::attach(UTIL_TAPI_Device *device)
 {
     m_device = device;
-    QMetaObject::invokeMethod(this, &TelephonyClient::deliver, Qt::QueuedConnection);
+    m_delivery.start();
 }
 
 void TelephonyClient::close()
@@ -136,6 +139,7 @@ void TelephonyClient::close()
     }
     unwatch();
     m_timer.stop();
+    m_delivery.stop();
     m_socket.close();
     m_phase = Phase::Closed;
     m_device.clear();
@@ -225,24 +229,32 @@ void TelephonyClient::lose(Phase next)
         return;
     }
     m_pause = wasReady ? kFirstPause : m_pause;
+    pause();
+}
+
+void TelephonyClient::pause()
+{
+    if (m_pause > kPatientPause) {
+        giveUpUnfinished();
+    }
     m_timer.start(m_pause);
 }
 
 /// The pause is over, or a daemon did not answer the greeting.
 void TelephonyClient::retry()
 {
+    if (m_phase == Phase::Greeting) {
+        giveUpUnfinished(); // it had the longest pause of all
+    }
     unwatch();
     m_socket.close();
     m_phase = Phase::Away;
     m_pause = std::min(2 * m_pause, kLongestPause);
     if (greet(QDeadlineTimer(0))) {
         m_timer.start(kPatience);
-        return;
+    } else {
+        pause();
     }
-    if (m_pause > kPatientPause) {
-        giveUpUnfinished();
-    }
-    m_timer.start(m_pause);
 }
 
 /// Takes up where the connection before this one ended.
@@ -385,10 +397,10 @@ template <typename Record> void TelephonyClient::tell(TAPI_EVENT_E type, const R
     tell({UTIL_TAPI_Event(type, bytesOf(record)), {}, {}});
 }
 
-void TelephonyClient::tell(Told told)
+void TelephonyClient::tell(const Told &told)
 {
-    m_queue.enqueue(std::move(told));
-    QMetaObject::invokeMethod(this, &TelephonyClient::deliver, Qt::QueuedConnection);
+    m_queue.enqueue(told);
+    m_delivery.start();
 }
 
 void TelephonyClient::deliver()

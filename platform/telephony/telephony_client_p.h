@@ -68,6 +68,7 @@ private:
     void unwatch();
     void receive();
     void lose(Phase next);
+    void pause();
     void retry();
     void resume();
     template <typename Record> void write(const Record &record, quint16 number = 0);
@@ -84,7 +85,7 @@ private:
 
     // What is told.
     template <typename Record> void tell(TAPI_EVENT_E type, const Record &record);
-    void tell(Told told);
+    void tell(const Told &told);
     void deliver();
     [[nodiscard]] bool isWanted(const Told &told) const;
     void answer(const Told &told);
@@ -119,8 +120,8 @@ private:
 
     QPointer<UTIL_TAPI_Device> m_device;
     QQueue<Told> m_queue;
+    QTimer m_delivery; ///< of the queue, from the event loop
     QList<const Told *> m_beingTold;
-    bool m_isDeliveryPosted = false;
 };
 
 } // namespace wmsg::telephony

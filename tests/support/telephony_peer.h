@@ -116,6 +116,12 @@ public:
         }
         wake();
     }
+    /// Whether every record is answered by the end of the connection.
+    void hangUp(bool does)
+    {
+        const std::lock_guard guard(m_mutex);
+        m_hangsUp = does;
+    }
     /// Nobody is let in any more, until listen().
     void stopListening()
     {
@@ -198,6 +204,10 @@ private:
             ++m_gone;
             return;
         }
+        if (m_hangsUp) {
+            ::close(std::exchange(m_client, -1));
+            return;
+        }
         m_reader.append({piece, count});
         Frame frame;
         while (m_reader.next(frame)) {
@@ -220,6 +230,7 @@ private:
     int m_client = -1;
     int m_clients = 0;
     int m_gone = 0;
+    bool m_hangsUp = false;
     wmsg::telephony::FrameReader m_reader;
     QMap<int, QByteArray> m_answers;
     QStringList m_heard;

@@ -149,6 +149,7 @@ private slots:
     void aPortThatWasLost();
     void repeatsUnfinishedMessages();
     void givesUnfinishedMessagesUp();
+    void givesUpWhereNobodyWelcomes();
     void aMessageIsToldOnce();
     void notWelcomeAgain();
     void goneDuringARequest();
@@ -979,6 +980,20 @@ void TestTapi::givesUnfinishedMessagesUp()
     m_daemon->send(toFrame(Result{1, 0, 0}));
     QTRY_COMPARE(m_daemon->heard().mid(1), QStringList{"7: 01 00 00 00"});
     QCOMPARE(m_ear->heard.size(), 3);
+}
+
+void TestTapi::givesUpWhereNobodyWelcomes()
+{
+    open();
+    QCOMPARE(send("a"), 1);
+    QTRY_COMPARE(m_daemon->heard().size(), 1);
+    // Each greeting is answered by the end of the connection.
+    m_daemon->hangUp(true);
+    m_daemon->drop();
+    const QString lost = "778: 01 00 00 00 00 00 00 00 02 00 01 00";
+    QTRY_COMPARE_WITH_TIMEOUT(m_ear->heard, QStringList({kAbsent, lost}), 60000);
+    m_daemon->hangUp(false);
+    QTRY_COMPARE_WITH_TIMEOUT(m_ear->heard, QStringList({kAbsent, lost, kReady}), 60000);
 }
 
 void TestTapi::aMessageIsToldOnce()
