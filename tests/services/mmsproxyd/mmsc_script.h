@@ -74,6 +74,7 @@ inline QByteArray retrieveConfirmation(const QByteArray &text,
     WMMSMsg message;
     message.setPDUType(0x84);
     message.setVersion(0x12);
+    message.setPriority(129);
     message.setFrom(WMFMEntry(1, "+4998765"));
     message.setDate(QDateTime::fromSecsSinceEpoch(1700000000));
     message.setContentType(typeOf("application/vnd.wap.multipart.mixed"));

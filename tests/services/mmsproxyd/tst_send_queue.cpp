@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The wmsg authors
 // SPDX-License-Identifier: Apache-2.0
 
+#include "platform/applog/applog.h"
 #include "services/mmsproxyd/http_client.h"
 #include "services/mmsproxyd/send_queue.h"
 #include "services/mmsproxyd/send_record.h"
@@ -19,6 +20,8 @@ class TestSendQueue : public QObject {
     Q_OBJECT
 
 private slots:
+    void initTestCase() { appLogModuleStream = appLogDiscardStream(); }
+
     void sendsAMessage();
     void tellsWhatTheMmscAnswers_data();
     void tellsWhatTheMmscAnswers();
