@@ -37,6 +37,7 @@ constexpr quint32 fourCharacters(const char (&text)[5])
 struct Box {
     quint32 type = 0;
     QByteArrayView content;
+    bool isWhole = false;
 };
 
 /// takeBox takes the first box of `rest`. A box that claims more bytes than there are has those
@@ -61,6 +62,7 @@ bool takeBox(QByteArrayView &rest, Box &box)
         return false;
     }
     box.type = static_cast<quint32>(type);
+    box.isWhole = size <= available;
     rest = reader.rest();
     return true;
 }
@@ -218,7 +220,7 @@ MaybeContainer readContentVersion2(QByteArrayView head)
     QByteArrayView boxes = head;
     Box box;
     FileType type;
-    if (!takeBox(boxes, box) || box.type != fourCharacters("ftyp")
+    if (!takeBox(boxes, box) || box.type != fourCharacters("ftyp") || !box.isWhole
         || !readFileType(box.content, type)) {
         return {};
     }

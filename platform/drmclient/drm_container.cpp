@@ -6,8 +6,9 @@
 namespace wmsg::drm {
 
 // The formats exclude each other by their first bytes, but for content of version 1 and binary XML
-// of version 1.1, which both begin with 01. The first is told by a media type at its place; a
-// control character stands there in the second.
+// of version 1.1, which both begin with 01. Content is asked first: it is told by a media type at
+// its place, which rights never have there. The other way round a letter of the content could pass
+// for a tag of rights.
 Container readContainer(QByteArrayView head, qint64 size)
 {
     if (auto message = readDrmMessage(head)) {

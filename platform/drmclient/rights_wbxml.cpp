@@ -21,6 +21,8 @@ namespace wmsg::drm {
 namespace {
 
 constexpr quint32 kPublicId = 0x0E;
+constexpr qsizetype kLongestText =
+    2048; // in the table, where each text may be asked for many times
 constexpr QByteArrayView kPublicIdText("-//OMA//DTD DRMREL 1.0//EN");
 
 enum Tag : quint8 { Rights = 0x05, Uid = 0x08, Asset = 0x0A, NameBits = 0x3F };
@@ -64,13 +66,15 @@ private:
     int m_assets = 0; ///< how many of them are assets
 };
 
-/// tableText returns the text at `place` of the table, up to its NUL.
+/// tableText returns the text at `place` of the table, up to its NUL; empty for one that is too
+/// long.
 QByteArrayView RightsReader::tableText(quint32 place) const
 {
     if (place >= static_cast<quint64>(m_table.size())) {
         return {};
     }
-    ByteReader reader(m_table.sliced(place));
+    const QByteArrayView behind = m_table.sliced(place);
+    ByteReader reader(behind.first(qMin(behind.size(), kLongestText)));
     QByteArrayView text;
     return reader.readText(text) ? text : QByteArrayView();
 }
@@ -224,11 +228,11 @@ void RightsReader::readBody(Container &rights)
         } else {
             isFine = step == Step::Done;
         }
-        if (isUid && rights.contentUri.isEmpty()) {
-            rights.contentUri = textIn(text);
-        }
         if (!isFine) {
             return;
+        }
+        if (isUid && rights.contentUri.isEmpty()) {
+            rights.contentUri = textIn(text);
         }
     }
 }

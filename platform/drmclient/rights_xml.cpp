@@ -4,6 +4,7 @@
 #include "platform/drmclient/drm_container_p.h"
 #include "platform/drmclient/drm_text_p.h"
 
+#include <QtCore/QStringDecoder>
 #include <QtCore/QXmlStreamReader>
 
 #include <algorithm>
@@ -100,26 +101,29 @@ private:
     bool m_isUid = false;
 };
 
-/// looksLikeXml tells apart what need not be parsed: it begins with "<", or with the mark of
-/// UTF-16.
-bool looksLikeXml(QByteArrayView head)
+/// looksLikeXml tells apart what need not be parsed: it begins with "<".
+bool looksLikeXml(const QString &text)
 {
-    if (head.startsWith("\xFF\xFE") || head.startsWith("\xFE\xFF")) {
-        return true;
-    }
-    const QByteArrayView behindMark = head.startsWith("\xEF\xBB\xBF") ? head.sliced(3) : head;
-    return behindMark.trimmed().startsWith('<');
+    return QStringView(text).trimmed().startsWith(QLatin1Char('<'));
+}
+
+/// textOf returns UTF-16 as its mark tells, and anything else as UTF-8 with U+FFFD for what is
+/// none: a wrong byte must not hide that a text is rights, nor must a wrong name of an encoding.
+QString textOf(QByteArrayView head)
+{
+    const bool isUtf16 = head.startsWith("\xFF\xFE") || head.startsWith("\xFE\xFF");
+    return QStringDecoder(isUtf16 ? QStringDecoder::Utf16 : QStringDecoder::Utf8)(head);
 }
 
 } // namespace
 
 MaybeContainer readRightsXml(QByteArrayView head)
 {
-    const QByteArrayView text = head.first(qMin(head.size(), kLongestRights));
+    const QString text = textOf(head.first(qMin(head.size(), kLongestRights)));
     if (!looksLikeXml(text)) {
         return {};
     }
-    QXmlStreamReader xml(QByteArray::fromRawData(text.data(), text.size()));
+    QXmlStreamReader xml(text);
     xml.setNamespaceProcessing(false);
     if (!toRoot(xml)) {
         return {};

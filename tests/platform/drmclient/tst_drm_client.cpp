@@ -53,6 +53,7 @@ private slots:
     void notAFile();
     void hugeFile();
     void kindsExcludeEachOther();
+    void contentBeforeRights();
 };
 
 void TestDrmClient::answers_data()
@@ -195,6 +196,14 @@ void TestDrmClient::kindsExcludeEachOther()
         QCOMPARE(readers, 1);
         QVERIFY(readContainer(bytes, bytes.size()).kind != DRM_KIND_NONE);
     }
+}
+
+/// A ringtone is content, also where a letter of it stands at the place of the root of rights.
+void TestDrmClient::contentBeforeRights()
+{
+    const QByteArray content = content1("text/x-imelody", QByteArray(200, 'E'), "");
+    QVERIFY(wmsg::drm::readRightsWbxml(content).has_value());
+    QCOMPARE(wmsg::drm::readContainer(content, content.size()).kind, DRM_KIND_CONTENT_V1);
 }
 
 QTEST_GUILESS_MAIN(TestDrmClient)

@@ -82,6 +82,14 @@ void TestDrmRights::xml_data()
         "<o-ex:rights>" + kAsset + "<asset><uid>v</uid></asset></o-ex:rights>", "rights uri=u");
     row("a comment in front", "<!-- x --><o-ex:rights/>", "rights");
     row("a mistake behind the root", "<o-ex:rights><a", "rights");
+    row("bytes that are no UTF-8", "<o-ex:rights>" + kAsset + "\xFF\xC3</o-ex:rights>",
+        "rights uri=u");
+    row("another encoding is named",
+        "<?xml version='1.0' encoding='utf-16'?><o-ex:rights>" + kAsset + "</o-ex:rights>",
+        "rights uri=u");
+    row("an encoding nobody knows",
+        "<?xml version='1.0' encoding='x-none'?><o-ex:rights>" + kAsset + "</o-ex:rights>",
+        "rights uri=u");
     row("cut off behind the identifier", "<o-ex:rights>" + kAsset, "rights uri=u");
 }
 
@@ -231,12 +239,17 @@ void TestDrmRights::otherWbxml_data()
     hex("bytes past the end", "03 0E 6A 00 45 4A 48 C3 8F FF FF FF 7F 75", "rights");
     hex("place past the table", "03 0E 6A 00 45 4A 48 83 8F FF FF FF 7F 01 01 01", "rights");
     hex("control characters", "03 0E 6A 00 45 4A 48 03 75 07 76 00 01 01 01", "rights");
+    hex("cut in a place", "03 0E 6A 02 75 00 45 4A 48 83 80", "rights");
     hex("cut in a number", "03 0E 6A 00 45 02 80", "rights");
     row("deep elements", fromHex("03 0E 6A 00") + QByteArray(2 * kLongestRights, 0x45), "rights");
     row("deep assets", fromHex("03 0E 6A 00 45") + QByteArray(2 * kLongestRights, 0x4A), "rights");
     row("endless attributes", fromHex("03 0E 6A 00") + QByteArray(2 * kLongestRights, char(0xC5)),
         kOther);
     row("endless text", fromHex("03 0E 6A 00 45 4A 48 03") + QByteArray(2 * kLongestRights, 'x'),
+        "rights");
+    row("a long text many times",
+        fromHex("03 0E 6A 80 FF 00") + QByteArray(16256, 'x') + fromHex("45")
+            + fromHex("83 00").repeated(kLongestRights),
         "rights");
     row("many identifiers",
         fromHex("03 0E 6A 00 45") + fromHex("48 03 00 01").repeated(kLongestRights), "rights");
