@@ -5,6 +5,7 @@
 """Writes the seed corpora in corpus/: small inputs of each fuzzer that meet as many of its branches as can be.
 Run it again after a change here; seeds that libFuzzer found worth keeping lie beside them and are left alone."""
 
+import base64
 import pathlib
 import struct
 
@@ -268,7 +269,6 @@ PROXY_RECORDS = {
 }
 
 
-def write(fuzzer, inputs):
 def retrieval(*parts, header=b"", content_type=b"\xa3"):
     return (start(0x84) + header + field(4, content_type)
             + (uintvar(len(parts)) + b"".join(parts) if parts else b""))
@@ -481,6 +481,7 @@ TELEPHONY_RECORDS = {
 }
 
 
+def write(fuzzer, inputs):
     folder = CORPUS / fuzzer
     folder.mkdir(parents=True, exist_ok=True)
     for name, data in inputs.items():
