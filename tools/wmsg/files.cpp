@@ -66,6 +66,16 @@ QString readAll(int fd, qint64 limit, QArray<char> &bytes)
     return tooLarge(limit);
 }
 
+// Opens a regular file, or says why not.
+QString openInput(const QByteArray &path, Descriptor &file, struct stat &state)
+{
+    file = Descriptor(::open(path.constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    if (!file.isOpen() || ::fstat(file.get(), &state) != 0) {
+        return u"cannot be opened: "_s + systemError();
+    }
+    return S_ISREG(state.st_mode) ? QString() : kindOf(state.st_mode);
+}
+
 // The new file beside the target, removed again unless it was put in place.
 class TemporaryFile {
 public:
@@ -153,19 +163,24 @@ QString systemError()
     return QString::fromLocal8Bit(std::strerror(errno));
 }
 
+QString problemOfFile(const QByteArray &path)
+{
+    struct stat state;
+    Descriptor file;
+    return openInput(path, file, state);
+}
+
 QString readInput(const QByteArray &path, qint64 limit, QArray<char> &bytes)
 {
     bytes = QArray<char>();
     if (path == "-") {
         return readAll(STDIN_FILENO, limit, bytes);
     }
-    const Descriptor file(::open(path.constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
     struct stat state;
-    if (!file.isOpen() || ::fstat(file.get(), &state) != 0) {
-        return u"cannot be opened: "_s + systemError();
-    }
-    if (!S_ISREG(state.st_mode)) {
-        return kindOf(state.st_mode);
+    Descriptor file;
+    const QString problem = openInput(path, file, state);
+    if (!problem.isEmpty()) {
+        return problem;
     }
     return state.st_size > limit ? tooLarge(limit) : readAll(file.get(), limit, bytes);
 }

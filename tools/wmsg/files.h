@@ -36,6 +36,10 @@ private:
 /// The largest input that is read unless another limit is given.
 inline constexpr qint64 kDefaultSizeLimit = qint64(64) * 1024 * 1024;
 
+/// The problem in words with a file that is to be read by others: it cannot be opened, or is no
+/// regular file. An empty text when there is none.
+[[nodiscard]] QString problemOfFile(const QByteArray &path);
+
 /// Reads a whole regular file, or standard input for "-", into `bytes`. Returns the problem in
 /// words, an empty text when there is none: directories, pipes, devices and sockets are refused,
 /// and so is what is larger than `limit` bytes.
