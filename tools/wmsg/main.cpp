@@ -3,6 +3,7 @@
 
 #include "tools/wmsg/compose.h"
 #include "tools/wmsg/decode.h"
+#include "tools/wmsg/drm.h"
 #include "tools/wmsg/receive.h"
 #include "tools/wmsg/report.h"
 #include "tools/wmsg/send.h"
@@ -34,6 +35,7 @@ int run(int argc, char **argv)
     int exitCode = wmsg::cli::ExitFine;
     wmsg::cli::addDecode(program, exitCode);
     wmsg::cli::addCompose(program, exitCode);
+    wmsg::cli::addDrm(program, exitCode);
     wmsg::cli::addSend(program, exitCode);
     wmsg::cli::addReceive(program, exitCode);
     wmsg::cli::addSettings(program, exitCode);
