@@ -1,0 +1,378 @@
+// SPDX-FileCopyrightText: 2026 The wmsg authors
+// SPDX-License-Identifier: Apache-2.0
+
+// The daemon is killed right before each step that somebody could see: before each change of a file
+// or a folder, and before each piece that it sends. Then it is started again, and nothing may be
+// lost, and nothing may have come twice.
+
+#include "mms/model/result_codes.h"
+#include "mms/model/wmmsmsg.h"
+#include "platform/applog/applog.h"
+#include "services/common/push_client.h"
+#include "tests/services/mmsproxyd/mmsc_script.h"
+#include "tests/support/proxy_records.h"
+
+#include <QtCore/QProcess>
+#include <QtCore/QTemporaryDir>
+#include <QtNetwork/QLocalSocket>
+#include <QtNetwork/QTcpServer>
+#include <QtNetwork/QTcpSocket>
+
+#include <csignal>
+#include <memory>
+
+using namespace std::chrono_literals;
+using wmsg::service::PushOutcome;
+using wmsg::service::PushRequest;
+
+namespace {
+
+constexpr int kPatience = 60000;
+constexpr int kMostSteps = 1000; // no exchange takes so many
+
+/// An MMSC that accepts everything and remembers it.
+class PatientMmsc : public QObject {
+public:
+    PatientMmsc()
+    {
+        if (!m_server.listen(QHostAddress::LocalHost)) {
+            qFatal("the MMSC cannot listen");
+        }
+        connect(&m_server, &QTcpServer::newConnection, this, [this] {
+            while (QTcpSocket *client = m_server.nextPendingConnection()) {
+                connect(client, &QTcpSocket::readyRead, this, [this, client] { read(client); });
+                connect(client, &QTcpSocket::disconnected, client, &QObject::deleteLater);
+            }
+        });
+    }
+
+    QString url(const QString &path = "/") const
+    {
+        return QString("http://127.0.0.1:%1%2").arg(m_server.serverPort()).arg(path);
+    }
+
+    QList<QByteArray> sends; // send requests
+    QList<QByteArray> answers; // notify-responses and acknowledges
+    int fetched = 0;
+
+private:
+    void read(QTcpSocket *client)
+    {
+        const QByteArray all = client->peek(1000000);
+        const qsizetype head = all.indexOf("\r\n\r\n") + 4;
+        const qsizetype mark = all.indexOf("Content-Length: ");
+        const qsizetype size = mark < 0 ? 0 : all.mid(mark + 16, 10).split('\r').first().toInt();
+        if (head < 4 || all.size() < head + size) {
+            return;
+        }
+        client->read(head + size);
+        const QByteArray answer = answerTo(all.startsWith("GET "), all.mid(head, size));
+        client->write("HTTP/1.1 200 OK\r\nContent-Type: application/vnd.wap.mms-message\r\n"
+                      "Content-Length: "
+                      + QByteArray::number(answer.size()) + "\r\n\r\n" + answer);
+    }
+    QByteArray answerTo(bool isGet, const QByteArray &body)
+    {
+        if (isGet) {
+            ++fetched;
+            return retrieveConfirmation("hello");
+        }
+        if (body.startsWith("\x8C\x80\x98")) {
+            sends.append(body);
+            return sendConfirmation(QString::fromLatin1(body.constData() + 3), 128);
+        }
+        answers.append(body);
+        return QByteArray();
+    }
+
+    QTcpServer m_server;
+};
+
+/// A folder with sockets and a spool, and an MMSC: all that outlives a daemon.
+struct World {
+    QTemporaryDir folder;
+    PatientMmsc mmsc;
+
+    QString path(const QString &name) const { return folder.filePath(name); }
+    QStringList filesIn(const QString &name) const
+    {
+        return QDir(path("spool/" + name))
+            .entryList(QDir::Files | QDir::Hidden | QDir::System, QDir::Name);
+    }
+};
+
+/// One life of the daemon.
+class Life {
+public:
+    Life(const World &world, int killAt)
+    {
+        auto environment = QProcessEnvironment::systemEnvironment();
+        if (killAt > 0) {
+            environment.insert("LD_PRELOAD", WMSG_KILL_AT_LIBRARY);
+            environment.insert("WMSG_KILL_AT", QString::number(killAt));
+            environment.insert("ASAN_OPTIONS",
+                               environment.value("ASAN_OPTIONS") + ":verify_asan_link_order=0");
+        }
+        m_process.setProcessEnvironment(environment);
+        m_process.setStandardErrorFile(world.path("log"), QIODevice::Append);
+        m_process.start(WMSG_MMSPROXYD,
+                        {"--proxy-socket", world.path("proxy"), "--settings-socket",
+                         world.path("settings"), "--push-socket", world.path("push"), "--spool",
+                         world.path("spool"), "--mmsc", world.mmsc.url(), "--retry", "1,1,1,1"});
+        m_isReady = QTest::qWaitFor([this] { return hasEnded() || m_process.bytesAvailable() > 0; },
+                                    kPatience);
+        m_isReady = m_isReady && !hasEnded();
+    }
+    ~Life() { stop(); }
+
+    [[nodiscard]] bool isReady() const { return m_isReady; }
+    [[nodiscard]] bool hasEnded() const { return m_process.state() == QProcess::NotRunning; }
+    /// Asks it to end, and tells whether it ended well.
+    bool stop()
+    {
+        if (!hasEnded()) {
+            m_process.terminate();
+            if (!m_process.waitForFinished(kPatience)) {
+                m_process.kill();
+                m_process.waitForFinished();
+            }
+        }
+        return m_process.exitStatus() == QProcess::NormalExit && m_process.exitCode() == 0;
+    }
+    [[nodiscard]] bool wasKilled() const
+    {
+        return hasEnded() && m_process.exitStatus() == QProcess::CrashExit
+            && m_process.exitCode() == SIGKILL;
+    }
+
+private:
+    QProcess m_process;
+    bool m_isReady = false;
+};
+
+/// A session that does what applications do: it takes what it is given, and removes the file when
+/// it has the message.
+class Application : public QObject {
+public:
+    explicit Application(const World &world)
+    {
+        connect(&m_socket, &QLocalSocket::readyRead, this, [this] { read(); });
+        m_socket.connectToServer(world.path("proxy"));
+    }
+
+    void sendMessage(const QString &path)
+    {
+        const int size = int(path.size() * 2);
+        write(record::words({1, size, 7, size, 0}) + record::units(path));
+    }
+    /// Asks for something that ends at once; `asked` tells when.
+    void ask() { write(record::words({6, 0, 9, 12345})); }
+
+    QList<int> ended; // the statuses of the send
+    QList<QByteArray> texts; // of the messages that came
+    QStringList problems;
+    int asked = 0;
+
+private:
+    void write(const QByteArray &bytes)
+    {
+        if (m_socket.isOpen()) { // or the daemon is dead already
+            m_socket.write(bytes);
+        }
+    }
+    void read()
+    {
+        m_received += m_socket.readAll();
+        static const QMap<int, int> kWords = {{1, 4}, {2, 3}, {3, 1}, {4, 3},
+                                              {5, 2}, {6, 2}, {7, 5}};
+        while (m_received.size() >= 8) {
+            const qsizetype size = 8 + kWords.value(number(0)) * 4 + number(1);
+            if (m_received.size() < size) {
+                return;
+            }
+            const QByteArray event = m_received.left(size);
+            take(number(0), number(2), number(5), event.last(number(1)));
+            m_received.remove(0, size);
+        }
+    }
+    void take(int type, int request, int status, const QByteArray &extra)
+    {
+        if (type == 1 && request == 7) {
+            ended.append(status);
+        } else if (type == 1) {
+            ++asked;
+        } else if (type == 3) {
+            receive(QString(reinterpret_cast<const QChar *>(extra.constData()), extra.size() / 2));
+        }
+    }
+    void receive(const QString &path)
+    {
+        WMMSMsg message;
+        if (message.construct(path, true) != MMS_DECODE_OK) {
+            problems.append("what was delivered cannot be read");
+            return;
+        }
+        auto &parts = message.getMultiParts().getSubMmsMultipartList();
+        texts.append(parts.isEmpty() ? QByteArray() : parts.first().getData().view().toByteArray());
+        if (!QFile::remove(path)) {
+            problems.append("what was delivered cannot be removed");
+        }
+    }
+    int number(int n) const { return qFromUnaligned<qint32>(m_received.constData() + 4 * n); }
+
+    QLocalSocket m_socket;
+    QByteArray m_received;
+};
+
+} // namespace
+
+class TestKill : public QObject {
+    Q_OBJECT
+
+private slots:
+    void initTestCase() { appLogModuleStream = appLogDiscardStream(); }
+
+    void whileItSends();
+    void whileItRetrieves();
+
+private:
+    using Exchange = bool(int killAt, int killAgainAt);
+    static Exchange sends;
+    static Exchange retrieves;
+    static void killAtEveryStep(Exchange *exchange);
+};
+
+/// Sends a message with a daemon that is killed; returns whether it was.
+bool TestKill::sends(int killAt, int killAgainAt)
+{
+    World world;
+    const QString source = world.path("message");
+    writeMailFile(source);
+    bool wasKilled = false;
+    bool wasTold = false;
+    {
+        Life life(world, killAt);
+        Application application(world);
+        application.sendMessage(source);
+        const bool done = QTest::qWaitFor(
+            [&] { return life.hasEnded() || !application.ended.isEmpty(); }, kPatience);
+        QTest::qVerify(done, "done", "the message gets nowhere", __FILE__, __LINE__);
+        life.stop();
+        QCoreApplication::processEvents(); // what was said before it died
+        wasKilled = life.wasKilled();
+        wasTold = !application.ended.isEmpty();
+        QTest::qVerify(!wasTold || application.ended == QList<int>{0}, "ended", "it has failed",
+                       __FILE__, __LINE__);
+    }
+    Life(world, killAgainAt).stop();
+    {
+        Life life(world, 0);
+        QTest::qVerify(life.isReady(), "ready", "it does not start again", __FILE__, __LINE__);
+        const bool done =
+            QTest::qWaitFor([&] { return world.filesIn("out").isEmpty(); }, kPatience);
+        QTest::qVerify(done, "done", "the spool does not become empty", __FILE__, __LINE__);
+        QTest::qVerify(life.stop(), "stop", "it does not end well", __FILE__, __LINE__);
+    }
+    const bool isTaken = !QFile::exists(source);
+    const auto &sent = world.mmsc.sends;
+    QTest::qVerify(isTaken == !sent.isEmpty(), "sent", "lost, or sent and not taken", __FILE__,
+                   __LINE__);
+    QTest::qVerify(isTaken || !wasTold, "told", "told and not taken", __FILE__, __LINE__);
+    QTest::qVerify(sent.count(sent.value(0)) == sent.size(), "same", "sent under two transactions",
+                   __FILE__, __LINE__);
+    QTest::qVerify(world.filesIn("kept").isEmpty(), "kept", "kept aside", __FILE__, __LINE__);
+    return wasKilled;
+}
+
+void TestKill::whileItSends()
+{
+    killAtEveryStep(sends);
+}
+
+/// Retrieves a message with a daemon that is killed; returns whether it was.
+bool TestKill::retrieves(int killAt, int killAgainAt)
+{
+    World world;
+    const QByteArray notice = notificationOf("T1", world.mmsc.url("/message"));
+    bool wasKilled = false;
+    bool isPushed = false;
+    QList<QByteArray> texts;
+    QStringList problems;
+    for (const int at : {killAt, killAgainAt, 0}) {
+        Life life(world, at);
+        Application application(world);
+        application.ask();
+        PushOutcome outcome;
+        std::unique_ptr<PushRequest> push;
+        if (!isPushed) {
+            push = std::make_unique<PushRequest>(world.path("push"), notice, 60s);
+            QObject::connect(push.get(), &PushRequest::finished, push.get(),
+                             [&outcome](const PushOutcome &told) { outcome = told; });
+        }
+        const auto isDone = [&] {
+            isPushed = isPushed || outcome.kind == PushOutcome::Taken;
+            return isPushed && texts.size() + application.texts.size() > 0
+                && !world.mmsc.answers.isEmpty() && world.filesIn("handed").isEmpty();
+        };
+        const bool done = QTest::qWaitFor([&] { return life.hasEnded() || isDone(); }, kPatience);
+        QTest::qVerify(done, "done", "the message gets nowhere", __FILE__, __LINE__);
+        if (at == 0 && done) {
+            // The same once more is answered, and no message.
+            const auto answers = world.mmsc.answers.size();
+            const int fetched = world.mmsc.fetched;
+            const auto again = std::make_unique<PushRequest>(world.path("push"), notice, 60s);
+            const bool answered =
+                QTest::qWaitFor([&] { return world.mmsc.answers.size() > answers; }, kPatience);
+            QTest::qVerify(answered, "answered", "a repetition is not answered", __FILE__,
+                           __LINE__);
+            application.ask();
+            (void)QTest::qWaitFor([&] { return application.asked == 2; }, kPatience);
+            QTest::qVerify(world.mmsc.fetched == fetched, "fetched", "fetched again", __FILE__,
+                           __LINE__);
+        }
+        life.stop();
+        QCoreApplication::processEvents(); // what was said before it died
+        (void)isDone();
+        wasKilled = wasKilled || (at == killAt && life.wasKilled());
+        texts += application.texts;
+        problems += application.problems;
+    }
+    QTest::qVerify(problems.isEmpty(), "problems", qPrintable(problems.join(", ")), __FILE__,
+                   __LINE__);
+    QTest::qVerify(texts == QList<QByteArray>{"hello"}, "texts",
+                   QByteArray("came " + QByteArray::number(texts.size()) + " times").constData(),
+                   __FILE__, __LINE__);
+    for (const QByteArray &answer : std::as_const(world.mmsc.answers)) {
+        QTest::qVerify(answer.startsWith("\x8C\x83\x98T1") && answer.contains("\x95\x81"), "answer",
+                       toHex(answer).constData(), __FILE__, __LINE__);
+    }
+    QTest::qVerify(world.filesIn("kept").isEmpty(), "kept", "kept aside", __FILE__, __LINE__);
+    return wasKilled;
+}
+
+void TestKill::whileItRetrieves()
+{
+    killAtEveryStep(retrieves);
+}
+
+/// One exchange has a step more than another, now and then.
+void TestKill::killAtEveryStep(Exchange *exchange)
+{
+    constexpr int kStartAgain = 40; // more steps than the next start has
+    int steps = 0;
+    for (int n = 1; n < steps + 4; ++n) {
+        const int again = 1 + n % kStartAgain;
+        const bool wasKilled = exchange(n, again);
+        if (QTest::currentTestFailed()) {
+            qInfo("killed before step %d, and then before step %d", n, again);
+            return;
+        }
+        steps = wasKilled ? n : steps;
+        QVERIFY(steps < kMostSteps);
+    }
+    qInfo("killed before each of %d steps", steps);
+    QVERIFY(steps > 20);
+}
+
+QTEST_GUILESS_MAIN(TestKill)
+#include "tst_kill.moc"
