@@ -4,6 +4,7 @@
 #include "drm/wmmsdrmutil.h"
 
 #include "core/log.h"
+#include "mms/model/result_codes.h"
 #include "mms/model/wmmsmsg.h"
 #include "mms/model/wmmsmultipart.h"
 #include "platform/drmclient/drm_client.h"
@@ -271,4 +272,11 @@ bool WMMSDrmUtil::canBeForwardedDrmCheck(WMMSMsg *message)
     return std::all_of(parts.begin(), parts.end(), [](WMMSMultipart &part) {
         return !part.isDrmObj() || canBeForwarded(part);
     });
+}
+
+bool WMMSDrmUtil::canBeForwardedDrmCheck(unsigned short msgId)
+{
+    WMMSMsg message;
+    return message.constructWMMSMsg(msgId, nullptr, true, 0) == MMS_DECODE_OK
+        && canBeForwardedDrmCheck(&message);
 }

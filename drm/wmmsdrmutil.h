@@ -74,4 +74,8 @@ public:
     /// a null message. Parts inside of parts are not looked at, and a part that cannot be written
     /// to a file does not count.
     static bool canBeForwardedDrmCheck(WMMSMsg *message);
+
+    /// canBeForwardedDrmCheck returns the same for the message with the id `msgId` in the store;
+    /// false when it cannot be read.
+    static bool canBeForwardedDrmCheck(unsigned short msgId);
 };

@@ -4,6 +4,7 @@
 #include "drm/wmmsdrmutil.h"
 #include "mms/model/wmmsmsg.h"
 #include "tests/support/drm_containers.h"
+#include "tests/support/engine_records.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/parts.h"
 
@@ -27,6 +28,7 @@ private slots:
     void partWithoutFile();
     void brokenContainers_data();
     void brokenContainers();
+    void storedMessage();
 };
 
 namespace {
@@ -153,6 +155,29 @@ void TestWMMSDrmUtilFiles::brokenContainers()
     WMMSMsg message;
     message.getMultiParts().setSubMmsMultipart({part});
     QVERIFY(WMMSDrmUtil::canBeForwardedDrmCheck(&message));
+}
+
+void TestWMMSDrmUtilFiles::storedMessage()
+{
+    const StorageRoot root;
+    const LogCapture log;
+    const auto store = [](const QString &type, const QByteArray &bytes) {
+        WMMSMsg message;
+        message.setContentType(typeOf(kMixed));
+        message.getMultiParts().setSubMmsMultipart({partOf(type, bytes, tmpName())});
+        unsigned short id = MMS_ENG_INVALID_ID;
+        message.constructEngMsg(&id, MMS_ENG_INBOX);
+        return id;
+    };
+    const QByteArray locked = message({bodyPart("image/jpeg", kJpeg)});
+    const unsigned short lockedId = store("application/vnd.oma.drm.message", locked);
+    const unsigned short contentId = store("application/vnd.oma.drm.content", kContent1);
+    QVERIFY(lockedId != MMS_ENG_INVALID_ID && contentId != MMS_ENG_INVALID_ID);
+    QVERIFY(!WMMSDrmUtil::canBeForwardedDrmCheck(lockedId));
+    QVERIFY(WMMSDrmUtil::canBeForwardedDrmCheck(contentId));
+    const unsigned short absent = contentId + 100;
+    QVERIFY(!WMMSDrmUtil::canBeForwardedDrmCheck(absent));
+    QVERIFY(!WMMSDrmUtil::canBeForwardedDrmCheck(MMS_ENG_INVALID_ID));
 }
 
 QTEST_GUILESS_MAIN(TestWMMSDrmUtilFiles)
