@@ -26,6 +26,7 @@ ROOMS = {
 # Rooms outside the library: what they see of it.
 INSTALLED_ONLY = ["tools", "examples", "sim"]
 INSTALLED_AND_RECORDS = ["services"]
+RECORDS = ["mms/session/", "platform/telephony/telephony_records_p.h", "platform/telephony/telephony_socket_p.h"]
 FREE = ["tests", "bench", "fuzz"]
 
 # What the programs share, and who may use it beside the services.
@@ -86,7 +87,7 @@ def problem_of(path, quoted, target, tree, public):
             return "is the library's: include installed headers with <>"
         return None if target in public else "is not installed"
     if room in INSTALLED_AND_RECORDS:
-        return None if target in public or other == "mms/session" else "is neither installed nor a record"
+        return None if target in public or target.startswith(tuple(RECORDS)) else "is neither installed nor a record"
     if not quoted:
         return "is ours: include it with quotes"
     allowed = ROOMS[room] + DOORS.get(path, [])

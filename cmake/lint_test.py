@@ -90,6 +90,18 @@ class Layers(unittest.TestCase):
             tree[path] = '#include "services/mmsproxyd/spool.h"\n'
             self.assertEqual(len(check_layers.check(tree)), 1)
 
+    def test_services_use_the_records_of_their_clients_and_no_more(self):
+        private = {"mms/session/mms_ua_cmd_p.h": "", "platform/telephony/telephony_records_p.h": "",
+                   "platform/telephony/telephony_client_p.h": ""}
+        for name in list(private)[:2]:
+            tree = {**self.BELOW, **private, "services/telephonyd/a.cpp": f'#include "{name}"\n'}
+            self.assertEqual(check_layers.check(tree), [])
+            del tree["services/telephonyd/a.cpp"]
+            tree["tools/wmsg/a.cpp"] = f"#include <{name}>\n"
+            self.assertEqual(len(check_layers.check(tree)), 1)
+        tree = {**self.BELOW, **private, "services/telephonyd/a.cpp": '#include "platform/telephony/telephony_client_p.h"\n'}
+        self.assertEqual(len(check_layers.check(tree)), 1)
+
     def test_tests_see_everything(self):
         self.passes("tests/core/tst_a.cpp", '#include "core/log.h"\n#include "tst_a.moc"\n')
 
