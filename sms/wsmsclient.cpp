@@ -81,7 +81,9 @@ WSMSClient::WSMSClient() = default;
 WSMSClient::~WSMSClient()
 {
     m_device.reset();
-    TAPI_CLIENT_Fini(m_tapiHandle);
+    if (m_tapiHandle >= 0) {
+        TAPI_CLIENT_Fini(m_tapiHandle);
+    }
 }
 
 void WSMSClient::loadSession(WSMSSession *session, WMFM::STATUS_T &status)

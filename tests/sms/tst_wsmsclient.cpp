@@ -221,6 +221,7 @@ void TestWSMSClient::noService()
     WSMSClient client;
     client.loadSession(nullptr, status);
     QCOMPARE(client.getTapiHandle(), handle);
+    QCOMPARE(m_phone->finis, 0); // there is nothing to end
     QVERIFY(!client.getSession());
     QVERIFY(!m_phone->device);
 
