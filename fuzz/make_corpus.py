@@ -504,6 +504,29 @@ NOTIFICATIONS = {
 }
 
 
+def command(number, *words, said=""):
+    data = units(said)
+    return struct.pack("<ii", number, len(data)) + struct.pack(f"<{len(words)}i", *words) + data
+
+
+PROXY_COMMANDS = {
+    "all": command(1, 0, 4, 0, said="ab") + command(2, 1, 2, said="c") + command(3, 2, 0)
+    + command(4, 3, 2, 0, said="d") + command(6, 4, 0) + command(7, 5, 1) + command(8, 6, 2),
+    "length-minus-one": struct.pack("<iiii", 6, -1, 1, 0) + command(7, 2, 0),
+    "text-length-past-end": command(2, 0, 100, said="a"),
+    "text-length-odd": command(2, 0, 3, said="ab"),
+    "text-length-negative": command(2, 0, -1, said="ab"),
+    "unknown-5": command(7, 0, 0) + struct.pack("<ii", 5, 0) + command(7, 1, 0),
+    "unknown-9": struct.pack("<ii", 9, 0),
+    "unknown-0": struct.pack("<ii", 0, 0),
+    "length-negative": command(8, 0, 0) + struct.pack("<ii", 1, -2),
+    "length-longest": struct.pack("<iiii", 2, 65536, 0, 65536) + b"a\0" * 32768 + command(6, 1, 0),
+    "length-above-limit": struct.pack("<iiii", 2, 65537, 0, 65536) + b"a\0" * 40,
+    "length-highest": struct.pack("<iiii", 4, 2**31 - 1, 0, 0),
+    "cut-in-the-middle": command(2, 0, 10, said="chess")[:-3],
+}
+
+
 def write(fuzzer, inputs):
     folder = CORPUS / fuzzer
     folder.mkdir(parents=True, exist_ok=True)
@@ -518,6 +541,7 @@ if __name__ == "__main__":
     write("content_type", CONTENT_TYPES)
     write("address", ADDRESSES)
     write("proxy_records", PROXY_RECORDS)
+    write("proxy_commands", PROXY_COMMANDS)
     write("notification", NOTIFICATIONS)
     write("telephony_records", TELEPHONY_RECORDS)
     write("intake", MESSAGES)

@@ -79,7 +79,7 @@ void addSockets(CLI::App &app, Typed &typed)
 void addNetwork(CLI::App &app, Typed &typed)
 {
     const auto url = check(checkHttpUrl);
-    const CLI::Range seconds(1, 3600);
+    const auto seconds = CLI::Range(1, 3600).description("");
     addText(app, "--mmsc", typed.mmsc, "URL", "The MMSC; without one nothing is sent")->check(url);
     addText(app, "--http-proxy", typed.httpProxy, "URL", "The HTTP proxy of the network")
         ->check(url);
@@ -105,11 +105,11 @@ void addNetwork(CLI::App &app, Typed &typed)
 
 void addMessages(CLI::App &app, Typed &typed, Config &config)
 {
-    const CLI::Range limits(kSmallestLimit, kLargestLimit);
+    const auto limits = CLI::Range(kSmallestLimit, kLargestLimit).description("");
     const auto size = [&app, &limits](const char *name, qint64 &value, const char *about) {
         app.add_option(name, value, about)
             ->type_name("SIZE")
-            ->transform(CLI::AsSizeValue(false))
+            ->transform(CLI::AsSizeValue(false).description(""))
             ->check(limits)
             ->capture_default_str();
     };
