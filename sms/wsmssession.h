@@ -7,6 +7,8 @@
 #include "platform/telephony/tapi_sms.h"
 #include "wmsg_export.h"
 
+#include <QtCore/QByteArray>
+
 #include <memory>
 
 class WSMSClient;
