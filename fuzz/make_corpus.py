@@ -480,29 +480,6 @@ TELEPHONY_RECORDS = {
     "length-highest": telephony(0) + b"\xff\xff\xff\xff",
 }
 
-# What an MMSC pushes, and what it answers to a send request.
-WAITING = start(0x82) + field(10, b"\x80") + field(14, long_integer(300000))
-NOTIFICATIONS = {
-    "bare": start(0x82) + field(3, text("http://mmsc.example/1")),
-    "full": start(0x82) + FROM + SUBJECT + field(10, b"\x81") + field(14, long_integer(300000))
-    + field(8, counted(b"\x81" + long_integer(604800))) + field(3, text("http://mmsc.example/2")),
-    "expiry-date": WAITING + field(8, counted(b"\x80" + long_integer(1800000000))) + field(3, text("http://a/b")),
-    "size-absurd": start(0x82) + field(14, b"\x04\xff\xff\xff\xff") + field(3, text("http://a/b")),
-    "no-location": WAITING,
-    "no-transaction": start(0x82, "") + field(3, text("http://a/b")),
-    "pushed": b"\x01\x06\x03\xbe\xaf\x84" + WAITING + field(3, text("http://a/b")),
-    "delivered": start(0x86, "") + field(11, text("m-1")) + TO + DATE + field(21, b"\x81"),
-    "delivered-bare": start(0x86, "") + field(11, text("m-1")),
-    "delivered-nothing": start(0x86, "") + field(21, b"\x81"),
-    "read": start(0x88, "", 0x91) + field(11, text("m-1")) + TO + FROM_INSERTED + DATE + b"\x9b\x80",
-    "accepted": start(0x81) + field(18, b"\x80") + field(11, text("m-1")),
-    "denied": start(0x81) + field(18, b"\x82") + field(19, encoded("Kein Guthaben für MMS")),
-    "transient": start(0x81) + field(18, b"\xc0"),
-    "status-of-a-future": start(0x81) + field(18, b"\xff"),
-    "status-none": start(0x81),
-    "another": start(0x81, "t-2") + field(18, b"\x80"),
-}
-
 
 def command(number, *words, said=""):
     data = units(said)
@@ -527,6 +504,30 @@ PROXY_COMMANDS = {
 }
 
 
+# What an MMSC pushes, and what it answers to a send request.
+WAITING = start(0x82) + field(10, b"\x80") + field(14, long_integer(300000))
+NOTIFICATIONS = {
+    "bare": start(0x82) + field(3, text("http://mmsc.example/1")),
+    "full": start(0x82) + FROM + SUBJECT + field(10, b"\x81") + field(14, long_integer(300000))
+    + field(8, counted(b"\x81" + long_integer(604800))) + field(3, text("http://mmsc.example/2")),
+    "expiry-date": WAITING + field(8, counted(b"\x80" + long_integer(1800000000))) + field(3, text("http://a/b")),
+    "size-absurd": start(0x82) + field(14, b"\x04\xff\xff\xff\xff") + field(3, text("http://a/b")),
+    "no-location": WAITING,
+    "no-transaction": start(0x82, "") + field(3, text("http://a/b")),
+    "pushed": b"\x01\x06\x03\xbe\xaf\x84" + WAITING + field(3, text("http://a/b")),
+    "delivered": start(0x86, "") + field(11, text("m-1")) + TO + DATE + field(21, b"\x81"),
+    "delivered-bare": start(0x86, "") + field(11, text("m-1")),
+    "delivered-nothing": start(0x86, "") + field(21, b"\x81"),
+    "read": start(0x88, "", 0x91) + field(11, text("m-1")) + TO + FROM_INSERTED + DATE + b"\x9b\x80",
+    "accepted": start(0x81) + field(18, b"\x80") + field(11, text("m-1")),
+    "denied": start(0x81) + field(18, b"\x82") + field(19, encoded("Kein Guthaben für MMS")),
+    "transient": start(0x81) + field(18, b"\xc0"),
+    "status-of-a-future": start(0x81) + field(18, b"\xff"),
+    "status-none": start(0x81),
+    "another": start(0x81, "t-2") + field(18, b"\x80"),
+}
+
+
 def write(fuzzer, inputs):
     folder = CORPUS / fuzzer
     folder.mkdir(parents=True, exist_ok=True)
@@ -541,8 +542,8 @@ if __name__ == "__main__":
     write("content_type", CONTENT_TYPES)
     write("address", ADDRESSES)
     write("proxy_records", PROXY_RECORDS)
-    write("proxy_commands", PROXY_COMMANDS)
     write("notification", NOTIFICATIONS)
+    write("proxy_commands", PROXY_COMMANDS)
     write("telephony_records", TELEPHONY_RECORDS)
     write("intake", MESSAGES)
     write("drm_message", DRM_MESSAGES)

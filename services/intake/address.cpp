@@ -64,14 +64,12 @@ QByteArray plainAddress(const QByteArray &text)
         address = text.sliced(open + 1, (close < 0 ? text.size() : close) - open - 1);
     }
     address = withoutSuffix(address);
-    if (address.size() >= 2 && address.startsWith('"') && address.endsWith('"')) {
-        address = address.sliced(1, address.size() - 2);
-    }
-    if (address.isEmpty()) {
-        return QByteArray();
-    }
     if (!address.contains('@')) {
-        return address + kNumberSuffix;
+        address = address.replace('"', "").trimmed();
+        return address.isEmpty() ? QByteArray() : address + kNumberSuffix;
+    }
+    while (address.size() >= 2 && address.startsWith('"') && address.endsWith('"')) {
+        address = address.sliced(1, address.size() - 2);
     }
     return name.isEmpty() ? address : name + " <" + address + '>';
 }

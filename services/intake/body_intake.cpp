@@ -59,22 +59,6 @@ bool isZeros(QByteArrayView bytes)
     return std::all_of(bytes.begin(), bytes.end(), [](char c) { return c == 0; });
 }
 
-/// Whether exactly `count` entries lie behind the first byte. That is how this system writes a
-/// count above 127.
-bool fitsOneByteCount(QByteArrayView body)
-{
-    WSP_Stream stream = streamOver(body);
-    quint8 count = 0;
-    stream.readByte(count);
-    for (int i = 0; i < count; ++i) {
-        const auto extent = readExtent(stream);
-        if (!extent || extent->missing > 0) {
-            return false;
-        }
-    }
-    return isZeros(bytesBetween(stream, stream.pos, stream.size));
-}
-
 /// An entry, as it will be read.
 struct Part {
     QByteArrayView given; ///< The whole entry, when nothing has to be done.
@@ -189,7 +173,8 @@ private:
         if (first < 0) {
             return false;
         }
-        if (first > kHighestShort && fitsOneByteCount(body)) {
+        // This system writes a count above 127 in one byte.
+        if (first > kHighestShort && isWholeMultipart(body)) {
             ++stream.pos;
             count = static_cast<quint32>(first);
             return true;
@@ -274,6 +259,22 @@ private:
 };
 
 } // namespace
+
+bool isWholeMultipart(QByteArrayView body)
+{
+    WSP_Stream stream = streamOver(body);
+    quint8 count = 0;
+    if (!stream.readByte(count)) {
+        return false;
+    }
+    for (int i = 0; i < count; ++i) {
+        const auto extent = readExtent(stream);
+        if (!extent || extent->missing > 0) {
+            return false;
+        }
+    }
+    return isZeros(bytesBetween(stream, stream.pos, stream.size));
+}
 
 std::optional<Pieces> takeInMultipart(QByteArrayView body, bool &isUnchanged, Journal &journal)
 {

@@ -17,6 +17,9 @@ namespace wmsg::intake {
 /// when not even its count is there. `isUnchanged` tells whether these are the bytes given.
 std::optional<Pieces> takeInMultipart(QByteArrayView body, bool &isUnchanged, Journal &journal);
 
+/// isWholeMultipart tells whether `body` is entries behind their count, and nothing but zeros more.
+[[nodiscard]] bool isWholeMultipart(QByteArrayView body);
+
 /// takeInContent returns the content of a part without the encoding that mail gave it, and a text
 /// in UTF-8; null when the bytes given are that already.
 std::optional<QByteArray> takeInContent(QByteArrayView content, const MediaType &type,

@@ -119,10 +119,20 @@ public:
         char *from = const_cast<char *>(bytes.data()); // iconv does not write there
         size_t left = static_cast<size_t>(bytes.size());
         while (left > 0 && step(from, left, out)) { }
+        finish(out);
         return out;
     }
 
 private:
+    /// Takes what a charset keeps back to see whether an accent follows.
+    void finish(QByteArray &out)
+    {
+        std::array<char, 64> piece;
+        char *to = piece.data();
+        size_t room = piece.size();
+        ::iconv(m_handle, nullptr, nullptr, &to, &room);
+        out.append(piece.data(), to - piece.data());
+    }
     /// Converts a stretch; false when the rest is the beginning of a character.
     bool step(char *&from, size_t &left, QByteArray &out)
     {
@@ -149,9 +159,13 @@ private:
     iconv_t m_handle;
 };
 
-QByteArray withoutMark(QByteArray text)
+QByteArray withoutMark(const QByteArray &text)
 {
-    return text.startsWith(kUtf8Mark) ? text.mid(kUtf8Mark.size()) : text;
+    qsizetype begin = 0;
+    while (text.sliced(begin).startsWith(kUtf8Mark)) {
+        begin += kUtf8Mark.size();
+    }
+    return begin == 0 ? text : text.sliced(begin);
 }
 
 bool hasUtf16Mark(QByteArrayView bytes)
@@ -169,23 +183,22 @@ QByteArray fromUtf16(QByteArrayView bytes, bool isLittleEndian)
                           QStringDecoder::Flag::ConvertInitialBom
                               | QStringDecoder::Flag::Stateless);
     const QString text = decode(bytes.first(bytes.size() & ~qsizetype(1)));
-    return text.toUtf8();
+    return withoutMark(text.toUtf8());
 }
 
-/// How many bytes of a well-formed text are left when the last character was cut; all of them when
-/// it was not.
-qsizetype withoutCutCharacter(QByteArrayView bytes)
+/// Where the last character begins when it is UTF-8 and was cut; the size when it was not.
+qsizetype cutCharacterAt(QByteArrayView bytes)
 {
     constexpr qsizetype kLongestCharacter = 4;
     const qsizetype first = std::max<qsizetype>(0, bytes.size() - kLongestCharacter + 1);
     for (qsizetype i = bytes.size() - 1; i >= first; --i) {
         const auto byte = static_cast<quint8>(bytes[i]);
-        if (byte < 0x80) {
-            break;
-        }
-        if (byte >= 0xC0) {
+        if (byte >= 0xC2 && byte <= 0xF4) {
             const qsizetype length = byte >= 0xF0 ? 4 : byte >= 0xE0 ? 3 : 2;
             return i + length > bytes.size() ? i : bytes.size();
+        }
+        if (byte < 0x80 || byte >= 0xC0) {
+            break;
         }
     }
     return bytes.size();
@@ -206,13 +219,17 @@ QByteArray fromWindows1252(QByteArrayView bytes)
     return text.toUtf8();
 }
 
-QByteArray byLooks(QByteArrayView bytes)
+QByteArray byLooks(QByteArrayView bytes, bool isDeclaredUtf8)
 {
     if (hasUtf16Mark(bytes)) {
         return fromUtf16(bytes, false);
     }
-    const QByteArrayView whole = bytes.first(withoutCutCharacter(bytes));
-    return isUtf8(whole) ? withoutMark(whole.toByteArray()) : fromWindows1252(bytes);
+    // A lone byte above 127 at the end of ASCII is a letter of windows-1252, unless UTF-8 was
+    // declared.
+    const QByteArrayView whole = bytes.first(cutCharacterAt(bytes));
+    const bool isCut = whole.size() < bytes.size() && (isDeclaredUtf8 || !isAscii(whole));
+    const QByteArrayView text = isCut ? whole : bytes;
+    return isUtf8(text) ? withoutMark(text.toByteArray()) : fromWindows1252(bytes);
 }
 
 } // namespace
@@ -266,11 +283,12 @@ QByteArray toUtf8(QByteArrayView bytes, const Charset &charset)
     }
     const bool goesByLooks = !charset.isDeclared() || charset.number == Charset::kUtf8
         || charset.number == Charset::kUsAscii;
+    const bool isDeclaredUtf8 = charset.number == Charset::kUtf8;
     if (goesByLooks) {
-        return byLooks(bytes);
+        return byLooks(bytes, isDeclaredUtf8);
     }
     Converter converter(iconvName(charset));
-    return converter.isOpen() ? withoutMark(converter.convert(bytes)) : byLooks(bytes);
+    return converter.isOpen() ? withoutMark(converter.convert(bytes)) : byLooks(bytes, false);
 }
 
 } // namespace wmsg::intake

@@ -191,7 +191,7 @@ private:
         m_step.clear();
         const Fate fate = readKnown(id);
         if (fate == Fate::Kept) {
-            m_header.fields.keep(bytesBetween(m_stream, start, m_stream.pos));
+            keep(id, bytesBetween(m_stream, start, m_stream.pos));
         } else if (fate == Fate::Changed) {
             m_journal.step(at(start), fieldName(id) + u": "_s + m_step);
             m_header.isUnchanged = false;
@@ -200,6 +200,15 @@ private:
             }
         }
         return fate != Fate::Broken;
+    }
+    /// A message that is written anew begins with its type, as everybody expects.
+    void keep(quint8 id, QByteArrayView field)
+    {
+        if (id == MessageType) {
+            m_header.type = field;
+        } else {
+            m_header.fields.keep(field);
+        }
     }
     Fate readKnown(quint8 id)
     {
@@ -234,6 +243,8 @@ private:
             return readFlag();
         case MessageClass:
             return readClass();
+        case Priority:
+            return readPriority();
         case MessageType:
             return readCode(&facts.type);
         case ResponseStatus:
@@ -268,6 +279,17 @@ private:
         if (code) {
             *code = byte;
         }
+        return Fate::Kept;
+    }
+    /// A fresh message of this system has the priority 1, without the high bit.
+    Fate readPriority()
+    {
+        constexpr int kHighestOwn = 2;
+        const int byte = peekByte(m_stream);
+        if (byte < 0 || byte > kHighestOwn) {
+            return readCode(nullptr);
+        }
+        ++m_stream.pos;
         return Fate::Kept;
     }
     Fate readFlag()
@@ -345,7 +367,9 @@ private:
     }
     static QByteArray writtenAddress(const QByteArray &address)
     {
-        return isAscii(address) ? writtenText(address) : writtenEncodedText(address);
+        // A control character in front would be taken for a length.
+        const bool beginsText = address.isEmpty() || address.front() > kLengthQuote;
+        return isAscii(address) && beginsText ? writtenText(address) : writtenEncodedText(address);
     }
     Fate readAddress()
     {
@@ -399,12 +423,15 @@ private:
         if (token == kFirstToken) {
             ++value.pos;
         }
+        const int first = peekByte(value);
         const auto text = readEncodedText(value);
         if (!text) {
             return changed(u"a sender that cannot be read was left out"_s);
         }
         const QByteArray address = plainAddress(text->utf8);
-        const bool isWhole = token == kFirstToken && value.pos == value.size;
+        // The codec reads a text to its NUL, wherever the length ends.
+        const bool hasEnd = (first > 0 && first <= kLengthQuote) || *at(value.pos - 1) == 0;
+        const bool isWhole = token == kFirstToken && value.pos == value.size && hasEnd;
         const bool isSame = text->isPlain && address == text->utf8 && !address.isEmpty();
         return isWhole && isSame ? Fate::Kept
                                  : writeFrom(address, u"the sender was written anew"_s);
@@ -512,7 +539,7 @@ bool isOfOrigin(QByteArrayView pdu, Origin origin, const Header &header, Journal
 {
     const quint8 type = header.facts.type;
     if (origin == Origin::File) {
-        return type != 0 || header.hasContentType
+        return type != 0 || !header.contentType.isEmpty()
             || journal.problem(pdu.data(), u"there is no message type"_s);
     }
     if (type == 0) {

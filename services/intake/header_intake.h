@@ -14,7 +14,8 @@ namespace wmsg::intake {
 /// What came of the header of a PDU.
 struct Header {
     Facts facts;
-    Pieces fields; ///< As the codec reads them, without the content type.
+    QByteArrayView type; ///< The field of the message type; empty when there is none.
+    Pieces fields; ///< The others as the codec reads them, without the content type.
     bool isUnchanged = true; ///< All fields in front of the content type are those given.
     bool hasContentType = false; ///< It is the last field; the body follows it.
     MediaType contentType;

@@ -21,6 +21,7 @@ constexpr quint8 kReadReport = 0x88;
 constexpr quint8 kReadReportToNetwork = 0x87;
 constexpr quint8 kFirstRetrieveError = 0xC0;
 constexpr quint8 kContentType = 0x84;
+constexpr int kHighestShort = 127; // of the numbers that are written in one byte
 
 /// What the codec reads of a message: a content type field and a body, or neither.
 struct Body {
@@ -64,25 +65,33 @@ bool takeInMultipartBody(QByteArrayView bytes, const Header &header, Body &body,
     return true;
 }
 
+/// The codec takes a DRM message without a boundary for a multipart, as this system writes one.
+bool isTakenForMultipart(QByteArrayView bytes, const MediaType &type)
+{
+    return type.media.toLower() == "application/vnd.oma.drm.message" && type.boundary.isEmpty()
+        && !isWholeMultipart(bytes);
+}
+
 /// A body that is one value stays one if the codec can name its type.
 void takeInSingleBody(QByteArrayView bytes, const Header &header, Body &body, Journal &journal)
 {
     MediaType type = header.contentType;
     auto content = takeInContent(bytes, type, Transfer::None, journal);
     const bool isSame = !content.has_value();
+    const bool mustBePart = isTakenForMultipart(bytes, type);
     if (isSame) {
         body.content.keep(bytes);
     } else {
         body.content.add(std::move(*content));
     }
-    if (type.isPlainInHeader && isSame) {
+    if (type.isPlainInHeader && isSame && !mustBePart) {
         return;
     }
     body.isUnchanged = false;
     if (type.isEmpty()) {
         type.media = QByteArrayLiteral("application/octet-stream");
     }
-    if (type.number > 0 && type.isSameNumber()) {
+    if (!mustBePart && type.number > 0 && type.number <= kHighestShort && type.isSameNumber()) {
         body.contentType = writtenHeaderType(type);
         return;
     }
@@ -102,23 +111,34 @@ Body bodyOf(QByteArrayView bytes, const Header &header, Journal &journal)
     return body;
 }
 
-void takeInPdu(QByteArrayView pdu, Header &header, Result &result, Journal &journal)
+/// Returns whether the content type and the body are as they were.
+bool takeInBody(QByteArrayView pdu, const Header &header, Pieces &out, Journal &journal)
 {
-    result.pdu = std::move(header.fields);
-    result.isUnchanged = header.isUnchanged;
     const bool isEmpty = header.contentType.isEmpty() && header.end == pdu.size();
     if (!header.hasContentType || isEmpty) {
-        result.isUnchanged = result.isUnchanged && !header.hasContentType;
-        return;
+        return !header.hasContentType;
     }
     Body body = bodyOf(pdu.sliced(header.end), header, journal);
-    result.isUnchanged = result.isUnchanged && body.isUnchanged;
     if (body.contentType.isEmpty()) {
-        result.pdu.keep(header.contentTypeField);
+        out.keep(header.contentTypeField);
     } else {
-        result.pdu.add(static_cast<char>(kContentType) + body.contentType);
+        out.add(static_cast<char>(kContentType) + body.contentType);
     }
-    result.pdu.add(std::move(body.content));
+    out.add(std::move(body.content));
+    return body.isUnchanged;
+}
+
+/// Returns whether nothing had to be done.
+bool takeInPdu(QByteArrayView pdu, Header &header, Pieces &out, Journal &journal)
+{
+    out.keep(header.type);
+    out.add(std::move(header.fields));
+    const bool isUnchanged = takeInBody(pdu, header, out, journal) && header.isUnchanged;
+    if (isUnchanged) {
+        out = Pieces();
+        out.keep(pdu);
+    }
+    return isUnchanged;
 }
 
 Verdict verdictOf(const Facts &facts, Origin origin)
@@ -130,6 +150,31 @@ Verdict verdictOf(const Facts &facts, Origin origin)
     return facts.type == kRetrieveConfirmation && facts.retrieveStatus >= kFirstRetrieveError
         ? Verdict::NotRetrieved
         : Verdict::Readable;
+}
+
+/// A PDU that begins with any of its fields may look like a push of something else.
+bool looksLikeHeader(QByteArrayView bytes)
+{
+    constexpr quint8 kFirst = 0x81;
+    constexpr quint8 kLast = 0x98;
+    const auto first = static_cast<quint8>(bytes.isEmpty() ? 0 : bytes.front());
+    return first >= kFirst && first <= kLast;
+}
+
+bool readHeader(QByteArrayView bytes, Origin origin, QByteArrayView &pdu, Header &header,
+                Journal &journal)
+{
+    if (unwrapped(bytes, pdu, journal)) {
+        return takeInHeader(pdu, origin, header, journal);
+    }
+    const Remark pushProblem = journal.problem();
+    pdu = bytes;
+    if (looksLikeHeader(bytes) && takeInHeader(bytes, origin, header, journal)) {
+        journal.setProblem({});
+        return true;
+    }
+    journal.setProblem(pushProblem);
+    return false;
 }
 
 } // namespace
@@ -144,16 +189,15 @@ Result takeIn(QByteArrayView bytes, Origin origin)
     }
     QByteArrayView pdu;
     Header header;
-    const bool isRead =
-        unwrapped(bytes, pdu, journal) && takeInHeader(pdu, origin, header, journal);
+    const bool isRead = readHeader(bytes, origin, pdu, header, journal);
     result.facts = header.facts;
     if (!isRead) {
         return result;
     }
     result.verdict = verdictOf(header.facts, origin);
     if (result.verdict == Verdict::Readable) {
-        takeInPdu(pdu, header, result, journal);
-        result.isUnchanged = result.isUnchanged && pdu.size() == bytes.size();
+        result.isUnchanged =
+            takeInPdu(pdu, header, result.pdu, journal) && pdu.size() == bytes.size();
     }
     return result;
 }

@@ -70,5 +70,6 @@ struct Result {
 /// Time and memory are bounded by the size of `bytes`; nothing is allocated on the word of a
 /// length. Any thread may call it.
 [[nodiscard]] Result takeIn(QByteArrayView bytes, Origin origin = Origin::Network);
+Result takeIn(const QByteArray &&bytes, Origin origin = Origin::Network) = delete;
 
 } // namespace wmsg::intake

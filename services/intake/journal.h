@@ -25,6 +25,8 @@ public:
         m_result.problem = {where - m_first, what};
         return false;
     }
+    [[nodiscard]] const Remark &problem() const { return m_result.problem; }
+    void setProblem(const Remark &problem) { m_result.problem = problem; }
 
 private:
     void note(QList<Remark> &remarks, const char *where, const QString &what)

@@ -173,26 +173,22 @@ private:
     bool readTypeValue()
     {
         if (peekByte(m_stream) < kHighBit) {
-            return readTextTo(m_type.type);
+            return readTextTo(m_type.type) && dropQuotes(m_type.type, 0);
         }
         notPlain();
         const auto number = readNumber(m_stream);
         m_type.type = number ? mediaOf(*number) : QByteArray();
         return number.has_value();
     }
-    bool readStart()
+    /// A start may be a quoted string of WSP, with one quote in front; the codec knows that.
+    bool readStart() { return readTextTo(m_type.start) && dropQuotes(m_type.start, 1); }
+    bool dropQuotes(QByteArray &text, qsizetype most)
     {
-        const bool isQuoted = peekByte(m_stream) == '"';
-        if (!readTextTo(m_type.start)) {
-            return false;
-        }
-        if (isQuoted && m_type.start.startsWith('"')) {
-            m_type.start.remove(0, 1); // a quoted string of WSP: one quote, in front
-        }
-        if (m_type.start.endsWith('"')) {
-            m_type.start.chop(1);
+        const qsizetype quotes = text.count('"');
+        if (quotes > most || (quotes == 1 && !text.startsWith('"'))) {
             notPlain();
         }
+        text.replace('"', "");
         return true;
     }
     /// A name, and a text or a number.
@@ -232,7 +228,9 @@ public:
             return; // a part has it, the header of a message too
         }
         m_type.isPlainInPart = false;
-        if (name == "Application-ID") {
+        if (name == "name") {
+            m_type.name = value;
+        } else if (name == "Application-ID") {
             m_type.application = value;
         } else if (name == "Reply-To-Application-ID") {
             m_type.replyApplication = value;
@@ -270,8 +268,10 @@ private:
         if (!text->isPlain) {
             notPlain();
         }
-        if (!isAscii(text->utf8)) {
-            m_type.isPlainInHeader = false; // it counts characters there, not bytes
+        // It counts characters there, not bytes, and reads a text to its NUL.
+        const bool hasEnd = m_stream.data[m_stream.pos - 1] == 0;
+        if (!isAscii(text->utf8) || !hasEnd) {
+            m_type.isPlainInHeader = false;
         }
         out = text->utf8;
         return true;
@@ -309,6 +309,14 @@ void readTextMedia(WSP_Stream &stream, MediaType &type)
     type.isPlainInPart = type.isPlainInPart && text->isPlain;
     takeMailType(text->utf8, type);
     type.isPlainInPart = type.isPlainInPart && type.media == text->utf8;
+}
+
+/// Whether a text can be a media type at all.
+bool isMediaName(const QByteArray &text)
+{
+    const qsizetype slash = text.indexOf('/');
+    return slash > 0 && slash + 1 < text.size()
+        && std::all_of(text.begin(), text.end(), [](char c) { return c > ' ' && c < '\x7F'; });
 }
 
 void takeNumber(quint32 number, MediaType &type)
@@ -355,6 +363,20 @@ void readGeneralForm(WSP_Stream &stream, MediaType &type)
 QByteArray namedParameter(const char *name, const QByteArray &value)
 {
     return value.isEmpty() ? QByteArray() : writtenText(name) + writtenText(value);
+}
+
+/// The codec counts the characters of a text in the header of a message, and would read on behind a
+/// text whose characters are not bytes; one that begins with a control character may be a number.
+QByteArray headerText(const QByteArray &value)
+{
+    const bool isPrintable =
+        std::all_of(value.begin(), value.end(), [](char c) { return c >= ' ' && c < '\x7F'; });
+    return isPrintable ? value : QByteArray();
+}
+
+QByteArray headerParameter(const char *name, const QByteArray &value)
+{
+    return namedParameter(name, headerText(value));
 }
 
 QByteArray shortNumber(int number)
@@ -404,6 +426,10 @@ MediaType readMediaType(WSP_Stream &stream)
     } else {
         readGeneralForm(stream, type);
     }
+    if (!isMediaName(type.media)) {
+        type.media.clear();
+        type.isPlainInHeader = type.isPlainInPart = false;
+    }
     return type;
 }
 
@@ -413,21 +439,22 @@ QByteArray writtenHeaderType(const MediaType &type)
     int number = type.number;
     if (type.isMultipart()) {
         number = type.isRelated() ? kRelated : kMixed;
-        if (!type.start.isEmpty()) {
+        if (!headerText(type.start).isEmpty()) {
             parameters += '\x8A' + writtenText(type.start);
         }
-        if (!type.type.isEmpty()) {
+        if (!headerText(type.type).isEmpty()) {
             parameters += '\x89' + writtenText(type.type);
         }
     }
     if (!type.isMultipart()) {
         parameters += type.isText() ? QByteArrayLiteral("\x81\xEA") : QByteArray();
-        parameters += namedParameter("boundary", type.boundary)
-            + namedParameter("name", type.name.isEmpty() ? type.fileName : type.name);
+        parameters += headerParameter("boundary", type.boundary)
+            + headerParameter("name",
+                              withoutQuotes(type.name.isEmpty() ? type.fileName : type.name));
     }
-    parameters += namedParameter("Application-ID", type.application)
-        + namedParameter("Reply-To-Application-ID", type.replyApplication)
-        + namedParameter("Auxillary-Application-Information", type.applicationInfo);
+    parameters += headerParameter("Application-ID", type.application)
+        + headerParameter("Reply-To-Application-ID", type.replyApplication)
+        + headerParameter("Auxillary-Application-Information", type.applicationInfo);
     const bool fitsBare = parameters.isEmpty() && number > 0;
     return fitsBare ? shortNumber(number) : withValueLength(shortNumber(number) + parameters);
 }

@@ -216,7 +216,7 @@ PartHeader readPartHeader(QByteArrayView bytes)
     PartHeader header;
     PartHeaderReader(bytes, header).readAll();
     MediaType &type = header.type;
-    if (type.isEmpty() || !type.media.contains('/')) {
+    if (type.isEmpty()) {
         type.media = QByteArrayLiteral("application/octet-stream");
         header.isPlain = false;
     }

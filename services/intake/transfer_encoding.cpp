@@ -68,7 +68,7 @@ std::optional<EncodedWord> wordAt(QByteArrayView whole, qsizetype at)
     const qsizetype begin = encoding + 3;
     const qsizetype end = text.indexOf("?=", begin);
     const char kind = static_cast<char>(text[encoding + 1] & ~0x20);
-    if (end < 0 || (kind != 'B' && kind != 'Q')) {
+    if (end < 0 || (kind != 'B' && kind != 'Q') || !isAscii(text.sliced(at, end - at))) {
         return std::nullopt;
     }
     QByteArrayView charset = text.sliced(name, encoding - name);
@@ -87,6 +87,31 @@ std::optional<QByteArray> decoded(const EncodedWord &word)
     QByteArray text = word.text.toByteArray();
     text.replace('_', ' ');
     return toUtf8(fromQuotedPrintable(text), word.charset);
+}
+
+QByteArray withWordsDecoded(const QByteArray &utf8)
+{
+    QByteArray out;
+    QByteArray blanks; // behind a word: they go when another word follows
+    bool isBehindWord = false;
+    for (qsizetype i = 0; i < utf8.size();) {
+        const auto word = wordAt(utf8, i);
+        const auto text = word ? decoded(*word) : std::nullopt;
+        if (text) {
+            out += *text;
+            i = word->end;
+            isBehindWord = true;
+            blanks.clear();
+        } else if (isBehindWord && isBlank(utf8[i])) {
+            blanks += utf8[i++];
+        } else {
+            out += blanks;
+            out += utf8[i++];
+            isBehindWord = false;
+            blanks.clear();
+        }
+    }
+    return out + blanks;
 }
 
 } // namespace
@@ -138,30 +163,18 @@ QByteArray fromQuotedPrintable(QByteArrayView text)
 
 QByteArray withEncodedWords(const QByteArray &utf8)
 {
-    if (!utf8.contains("=?")) {
-        return utf8;
-    }
-    QByteArray out;
-    QByteArray blanks; // behind a word: they go when another word follows
-    bool isBehindWord = false;
-    for (qsizetype i = 0; i < utf8.size();) {
-        const auto word = wordAt(utf8, i);
-        const auto text = word ? decoded(*word) : std::nullopt;
-        if (text) {
-            out += *text;
-            i = word->end;
-            isBehindWord = true;
-            blanks.clear();
-        } else if (isBehindWord && isBlank(utf8[i])) {
-            blanks += utf8[i++];
-        } else {
-            out += blanks;
-            out += utf8[i++];
-            isBehindWord = false;
-            blanks.clear();
+    // What a word says may make up another one with its neighbours; every round leaves fewer ASCII
+    // characters.
+    constexpr qsizetype kLongest = 16 * 1024;
+    QByteArray text = utf8;
+    while (text.size() <= kLongest && text.contains("=?")) {
+        QByteArray next = withWordsDecoded(text);
+        if (next == text) {
+            break;
         }
+        text = std::move(next);
     }
-    return out + blanks;
+    return text;
 }
 
 } // namespace wmsg::intake

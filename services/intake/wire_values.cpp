@@ -160,6 +160,9 @@ Text textOf(QByteArrayView bytes, const Charset &charset)
     const bool isSame = isAscii(bytes) && (charset.keepsAscii() || !charset.isDeclared());
     const QByteArray utf8 = isSame ? bytes.toByteArray() : toUtf8(bytes, charset);
     Text text{withEncodedWords(utf8), false};
+    if (const qsizetype end = text.utf8.indexOf('\0'); end >= 0) {
+        text.utf8.truncate(end);
+    }
     text.isPlain = QByteArrayView(text.utf8) == bytes;
     return text;
 }
@@ -260,7 +263,7 @@ QByteArray withValueLength(const QByteArray &value)
 
 QByteArray withoutQuotes(QByteArray text)
 {
-    if (text.startsWith('"')) {
+    while (text.startsWith('"')) {
         text = text.sliced(1); // a quoted string of WSP has no second quote; others have
         if (text.endsWith('"')) {
             text.chop(1);

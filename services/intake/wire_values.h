@@ -61,10 +61,10 @@ std::optional<quint32> readNumber(WSP_Stream &stream);
 /// withValueLength returns `value` behind its value-length.
 [[nodiscard]] QByteArray withValueLength(const QByteArray &value);
 
-/// withoutQuotes returns `text` without one pair of quotes, of which the second may be missing.
+/// withoutQuotes returns `text` without the quotes around it, of which the second may be missing.
 [[nodiscard]] QByteArray withoutQuotes(QByteArray text);
-/// withoutWrapping returns `text` without blanks, one pair of quotes, and then one of angle
-/// brackets, around it.
+/// withoutWrapping returns `text` without blanks, quotes, and then one pair of angle brackets,
+/// around it.
 [[nodiscard]] QByteArray withoutWrapping(const QByteArray &wrapped);
 
 } // namespace wmsg::intake

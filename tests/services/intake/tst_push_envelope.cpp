@@ -1,0 +1,99 @@
+// SPDX-FileCopyrightText: 2026 The wmsg authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "tests/services/intake/messages.h"
+
+using namespace wmsg::intake;
+
+namespace {
+
+const QByteArray kPdu = notificationWith({});
+
+QByteArray push(const char *headers, int length = -1)
+{
+    const QByteArray bytes = fromHex(headers);
+    return fromHex("01 06") + char(length < 0 ? bytes.size() : length) + bytes + kPdu;
+}
+
+} // namespace
+
+class TestPushEnvelope : public QObject {
+    Q_OBJECT
+
+private slots:
+    void unwrapped_data();
+    void unwrapped();
+    void refused_data();
+    void refused();
+};
+
+void TestPushEnvelope::unwrapped_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<bool>("isUnchanged");
+    QTest::addColumn<QStringList>("steps");
+    const auto row = [](const char *name, const QByteArray &bytes, bool isUnchanged = false,
+                        const QStringList &steps = {}) {
+        QTest::newRow(name) << bytes << isUnchanged << steps;
+    };
+    row("bare", kPdu, true);
+    row("push", push("BE"));
+    row("push with the application id of MMS", push("BE AF 84"));
+    row("push with another application id", push("BE AF 81"));
+    row("confirmed push", fromHex("01 07 01 BE") + kPdu);
+    row("type in its general form", push("03 BE 81 EA AF 84"));
+    row("type as a text", push("6170706C69636174696F6E2F766E642E7761702E6D6D732D6D65737361676500"));
+    row("type as a text in other letters",
+        push("4170706C69636174696F6E2F766E642E5741502E6D6D732D6D65737361676500"));
+    row("push headers longer than told", push("BE AF 84", 1), false,
+        {"2 the length of the push headers is wrong"});
+    row("push headers shorter than told", push("BE AF 84", 5), false,
+        {"2 the length of the push headers is wrong"});
+    row("push headers without a length", push("BE AF 84", 0), false,
+        {"2 the length of the push headers is wrong"});
+    row("behind the ports of a short message", fromHex("06 05 04 0B 84 23 F0") + push("BE AF 84"));
+    row("behind a concatenation of one",
+        fromHex("0B 05 04 0B 84 23 F0 00 03 07 01 01") + push("BE"));
+}
+
+void TestPushEnvelope::unwrapped()
+{
+    QFETCH(QByteArray, bytes);
+    QFETCH(bool, isUnchanged);
+    const Taken result = taken(bytes);
+    QCOMPARE(result.problem.what, QString());
+    QCOMPARE(result.verdict, Verdict::Readable);
+    QCOMPARE(toHex(result.pdu.joined()), toHex(kPdu));
+    QCOMPARE(result.isUnchanged, isUnchanged);
+    QTEST(linesOf(result.steps), "steps");
+}
+
+void TestPushEnvelope::refused_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<QString>("problem");
+    const auto row = [](const char *name, const QByteArray &bytes, const char *problem) {
+        QTest::newRow(name) << bytes << QString(problem);
+    };
+    row("a push of something else", push("AE"), "3 this is a push of \"application/vnd.wap.sic\"");
+    row("its first part", fromHex("0B 05 04 0B 84 23 F0 00 03 07 02 01") + push("BE"),
+        "0 this is part 1 of 2 of a short message");
+    row("its first part, long reference",
+        fromHex("0C 05 04 0B 84 23 F0 08 04 00 07 03 02") + push("BE"),
+        "0 this is part 2 of 3 of a short message");
+    row("headers without a message", fromHex("01 06 01 BE 41 42"),
+        "4 there is no message behind the push headers");
+    row("a cut length", fromHex("01 06 81 81"), "2 the push ends inside its length");
+    row("nothing", QByteArray(), "0 there is no message type");
+}
+
+void TestPushEnvelope::refused()
+{
+    QFETCH(QByteArray, bytes);
+    const Taken result = taken(bytes);
+    QCOMPARE(result.verdict, Verdict::Unreadable);
+    QTEST(linesOf({result.problem}).first(), "problem");
+}
+
+QTEST_GUILESS_MAIN(TestPushEnvelope)
+#include "tst_push_envelope.moc"
