@@ -7,7 +7,6 @@
 #include <QtCore/QLoggingCategory>
 
 #include <algorithm>
-#include <chrono>
 #include <utility>
 
 namespace wmsg::proxy {
@@ -19,8 +18,8 @@ Q_LOGGING_CATEGORY(kDelivery, "wmsg.delivery", QtInfoMsg)
 /// How long a session may take until it registers.
 constexpr std::chrono::milliseconds kFresh(250);
 
-/// When a message that could not be handed out is tried again.
-constexpr std::chrono::seconds kPause(30);
+/// How many messages may fail to be handed out before it looks as if none can be.
+constexpr size_t kMostFailures = 8;
 
 bool isAppId(const QString &appId)
 {
@@ -37,16 +36,19 @@ struct Delivery::Session {
     QTimer fresh;
 };
 
-Delivery::Delivery(Inbox &inbox, QString folder, QObject *parent)
-    : QObject(parent), m_inbox(inbox), m_folder(std::move(folder))
+Delivery::Delivery(Inbox &inbox, QString folder, std::chrono::milliseconds pause, QObject *parent)
+    : QObject(parent), m_inbox(inbox), m_folder(std::move(folder)), m_pause(pause)
 {
     connect(&m_watch, &FolderWatch::left, this,
             [this](const QString &name) { confirm(m_folder + u'/' + name); });
     connect(&m_watch, &FolderWatch::overflowed, this, &Delivery::confirmMissing);
-    for (QTimer *timer : {&m_soon, &m_again}) {
-        timer->setSingleShot(true);
-        connect(timer, &QTimer::timeout, this, &Delivery::handOut);
-    }
+    m_soon.setSingleShot(true);
+    m_again.setSingleShot(true);
+    connect(&m_soon, &QTimer::timeout, this, &Delivery::handOut);
+    connect(&m_again, &QTimer::timeout, this, [this] {
+        m_failed.clear();
+        handOut();
+    });
 }
 
 Delivery::~Delivery() = default;
@@ -132,7 +134,7 @@ void Delivery::announce(const QString &uri, const QString &transactionId)
 void Delivery::handOut()
 {
     tellReports();
-    if (handOutNext()) {
+    if (m_failed.size() < kMostFailures && handOutNext()) {
         look();
     }
 }
@@ -157,21 +159,24 @@ void Delivery::tellReports()
     }
 }
 
+/// True when another message may follow.
 bool Delivery::handOutNext()
 {
     for (const MessageId message : m_inbox.ready()) {
-        bool isGiven = false;
-        bool hasFailed = false;
-        const auto addressees = isHeld(message) ? std::vector<SessionId>() : addresseesOf(message);
-        for (const SessionId session : addressees) {
-            (give(message, session) ? isGiven : hasFailed) = true;
+        if (isHeld(message) || m_failed.count(message) > 0) {
+            continue;
         }
-        if (hasFailed && !isGiven) {
-            m_again.start(kPause);
-            return false;
-        }
-        if (isGiven) {
+        const auto addressees = addresseesOf(message);
+        const auto given =
+            std::count_if(addressees.begin(), addressees.end(),
+                          [this, message](SessionId session) { return give(message, session); });
+        if (given > 0) {
             return true;
+        }
+        if (!addressees.empty()) {
+            m_failed.insert(message);
+            m_again.start(m_pause);
+            return m_failed.size() < kMostFailures;
         }
     }
     return false;

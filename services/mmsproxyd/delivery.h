@@ -12,6 +12,7 @@
 #include <QtCore/QString>
 #include <QtCore/QTimer>
 
+#include <chrono>
 #include <map>
 #include <memory>
 #include <set>
@@ -39,8 +40,10 @@ public:
     /// What registering ends with.
     enum Result : qint32 { Done = 0, Invalid = 15 };
 
-    /// Files are watched in `folder`, in which the inbox makes them.
-    Delivery(Inbox &inbox, QString folder, QObject *parent = nullptr);
+    /// Files are watched in `folder`, in which the inbox makes them. What could not be handed out
+    /// is tried again after `pause`.
+    Delivery(Inbox &inbox, QString folder,
+             std::chrono::milliseconds pause = std::chrono::seconds(30), QObject *parent = nullptr);
     ~Delivery() override;
 
     /// start begins; call it once, when the inbox is restored. It returns the problem in words, or
@@ -87,12 +90,14 @@ private:
 
     Inbox &m_inbox;
     QString m_folder;
+    std::chrono::milliseconds m_pause;
     FolderWatch m_watch;
     QTimer m_soon; // something may be handed out
     QTimer m_again; // after a failure
     std::map<SessionId, std::unique_ptr<Session>> m_sessions;
     std::map<QString, Handed> m_handed; // by path
     std::set<MessageId> m_delivered; // of which there still are files
+    std::set<MessageId> m_failed; // that could not be handed out of late
 };
 
 } // namespace wmsg::proxy

@@ -135,6 +135,24 @@ private slots:
                  "wmsg-mmsproxyd: " + at("gone/log").toUtf8() + ": No such file or directory\n");
     }
 
+    void nothingWakesItWhileNothingHappens()
+    {
+        QProcess program;
+        start(program);
+        SessionPeer session(at("proxy"));
+        session.registerApp(0, "a");
+        QCOMPARE(session.next(), QString("registered 0 0"));
+        // Sooner or later there is a second in which it did not run at all.
+        bool isQuiet = false;
+        for (int i = 0; i < 10 && !isQuiet; ++i) {
+            const QByteArray before = switchesOf(program.processId());
+            QTest::qWait(1000);
+            isQuiet = !before.isEmpty() && switchesOf(program.processId()) == before;
+        }
+        QVERIFY(isQuiet);
+        stop(program);
+    }
+
     void theSocketModeIsAsAskedAndOthersAreShownOut()
     {
         QProcess program;
@@ -157,6 +175,20 @@ private:
     {
         struct stat state = {};
         return ::lstat(qPrintable(path), &state) == 0 ? state.st_mode & 07777 : 0;
+    }
+    /// How often the threads of a process went to sleep, or were made to.
+    static QByteArray switchesOf(qint64 process)
+    {
+        QByteArray all;
+        QDirIterator threads(QString("/proc/%1/task").arg(process),
+                             QDir::Dirs | QDir::NoDotAndDotDot);
+        while (threads.hasNext()) {
+            QFile file(threads.next() + "/status");
+            const bool isOpen = file.open(QIODevice::ReadOnly);
+            const QByteArray status = isOpen ? file.readAll() : QByteArray();
+            all += status.mid(status.indexOf("voluntary_ctxt_switches"));
+        }
+        return all;
     }
     QStringList options(const QString &spool = "spool") const
     {
