@@ -145,7 +145,8 @@ private:
         if (result != static_cast<size_t>(-1) || problem == E2BIG) {
             return true;
         }
-        if (problem == EINVAL) {
+        // A charset may refuse what it has taken already.
+        if (problem == EINVAL || left == 0) {
             return false;
         }
         ++from;

@@ -78,6 +78,7 @@ const NumberRow kNumbers[] = {
      "A\xEF\xBF\xBD"
      "B"},
     {"nothing", 4, "", ""},
+    {"shifts to a set that was not named", 105, "0E 0E 0E 61", "\xEF\xBF\xBD\xEF\xBF\xBD"},
 };
 
 } // namespace
