@@ -125,7 +125,7 @@ struct Options {
 /// One life of the daemon's receiving half.
 struct Receiving {
     Receiving(const SpoolFolder &folder, const ScriptedHttp &mmsc, const Options &options = {})
-        : spool(folder.path()), inbox(spool), http({{}, {}, "wmsg-test", {}, 5s, 300ms}),
+        : spool(folder.path()), inbox(spool), http({{}, {}, "wmsg-test", {}, 60s, 60s}),
           queue(spool, inbox, http,
                 {options.answers ? mmsc.url("/answers") : QString(), options.maxIncoming,
                  options.schedule, options.mode})
