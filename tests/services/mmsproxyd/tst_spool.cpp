@@ -46,6 +46,7 @@ private slots:
     void keepingMayBeRepeated();
     void fetchedFileIsKeptAsPdu();
     void oldestOfTheKeptMakeRoom();
+    void unfinishedReasonsGo();
     void onAFullDiskTheFilesAreKept();
 
     void missingSpoolIsAProblem();
@@ -446,6 +447,19 @@ void TestSpool::oldestOfTheKeptMakeRoom()
     QVERIFY(!names.contains("out-" + idText(1) + ".txt"));
     QVERIFY(!names.contains("out-" + idText(1) + ".mail"));
     QVERIFY(names.contains("in-" + idText(2) + ".txt"));
+}
+
+void TestSpool::unfinishedReasonsGo()
+{
+    const SpoolFolder folder;
+    const QString kept = "kept/in-" + idText(5) + ".txt";
+    {
+        const OpenSpool spool(folder);
+        SpoolFolder::write(folder.path(kept), "a reason");
+        SpoolFolder::write(folder.path(kept + ".new-a1B2c3"), "half a");
+    }
+    const OpenSpool spool(folder);
+    QCOMPARE(folder.files("kept", ""), QStringList{folder.path(kept)});
 }
 
 void TestSpool::onAFullDiskTheFilesAreKept()
