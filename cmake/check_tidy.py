@@ -23,7 +23,8 @@ import sys
 import lint_files
 
 INCLUDE = re.compile(rb'^[ \t]*#[ \t]*include[ \t]*["<]([^">\n]+)[">]', re.MULTILINE)
-ROOMS = ("core/", "drm/", "mms/", "platform/", "qt2/", "services/", "sms/", "tools/", "util/")
+ROOMS = ("core/", "drm/", "mms/", "platform/", "qt2/", "services/", "sim/", "sms/", "tools/",
+         "util/")
 
 # What the compiler understands and the analyser does not, or must not see.
 FOREIGN = re.compile(r"-fsanitize\S*|-fno-sanitize\S*|-Winvalid-pch|-include \S*cmake_pch\S*|-Werror\b")

@@ -111,7 +111,7 @@ QString HttpServer::openSocket(int &listener)
     auto *generic = reinterpret_cast<sockaddr *>(&address);
     if (::bind(listener, generic, length) != 0 || ::listen(listener, kBacklog) != 0
         || ::getsockname(listener, generic, &length) != 0) {
-        const QString problem =
+        QString problem =
             systemProblem(u"port %1 of 127.0.0.1 cannot be used"_s.arg(m_settings.port));
         ::close(listener);
         return problem;
@@ -123,7 +123,7 @@ QString HttpServer::openSocket(int &listener)
 QString HttpServer::listen()
 {
     int listener = -1;
-    const QString problem = openSocket(listener);
+    QString problem = openSocket(listener);
     if (!problem.isEmpty()) {
         return problem;
     }

@@ -57,13 +57,13 @@ QString Simulator::readFaults()
         if (!file.open(QIODevice::ReadOnly)) {
             return u"%1: %2"_s.arg(name, file.errorString());
         }
-        const QString problem = m_plan.read(name, QString::fromUtf8(file.read(kLongestPlan)));
+        QString problem = m_plan.read(name, QString::fromUtf8(file.read(kLongestPlan)));
         if (!problem.isEmpty()) {
             return problem;
         }
     }
     for (const std::string &line : m_options.faults) {
-        const QString problem = m_plan.read(u"--fault"_s, QString::fromStdString(line));
+        QString problem = m_plan.read(u"--fault"_s, QString::fromStdString(line));
         if (!problem.isEmpty()) {
             return problem;
         }
@@ -99,7 +99,7 @@ void Simulator::addSubscribers()
 QString Simulator::start()
 {
     if (!m_options.pduLog.empty()) {
-        const QString problem = m_log.open(QString::fromStdString(m_options.pduLog));
+        QString problem = m_log.open(QString::fromStdString(m_options.pduLog));
         if (!problem.isEmpty()) {
             return problem;
         }
@@ -114,7 +114,7 @@ QString Simulator::start()
     m_server = std::make_unique<HttpServer>(
         serverSettings(m_options), m_plan,
         [this](const HttpRequest &request) { return m_mmsc->answer(request); });
-    const QString problem = m_server->listen();
+    QString problem = m_server->listen();
     m_deliveries->setBase(url());
     return problem;
 }

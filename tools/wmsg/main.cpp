@@ -1,9 +1,11 @@
 // SPDX-FileCopyrightText: 2026 The wmsg authors
 // SPDX-License-Identifier: Apache-2.0
 
+#include "tools/wmsg/box.h"
 #include "tools/wmsg/compose.h"
 #include "tools/wmsg/decode.h"
 #include "tools/wmsg/drm.h"
+#include "tools/wmsg/push.h"
 #include "tools/wmsg/receive.h"
 #include "tools/wmsg/report.h"
 #include "tools/wmsg/send.h"
@@ -39,6 +41,8 @@ int run(int argc, char **argv)
     wmsg::cli::addSend(program, exitCode);
     wmsg::cli::addReceive(program, exitCode);
     wmsg::cli::addSettings(program, exitCode);
+    wmsg::cli::addPush(program, exitCode);
+    wmsg::cli::addBox(program, exitCode);
     try {
         program.parse(argc, argv);
     } catch (const CLI::Success &wish) {

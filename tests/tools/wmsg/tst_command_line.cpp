@@ -71,6 +71,11 @@ void TestCommandLine::addSessionHelp()
                                             "--timeout", "--json",  "--log",  "--verbose"};
     QTest::newRow("settings") << QStringList{"settings", "--help"}
                               << QStringList{"--json", "--log", "--verbose"};
+    QTest::newRow("push") << QStringList{"push", "--help"}
+                          << QStringList{"FILE", "--socket", "--timeout"};
+    QTest::newRow("box") << QStringList{"box", "--help"}
+                         << QStringList{"--folder", "--keep", "--fault", "--faults",
+                                        "--demo",   "--json", "--log",   "--verbose"};
 }
 
 void TestCommandLine::help_data()
