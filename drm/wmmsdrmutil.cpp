@@ -53,7 +53,7 @@ QString newTmpFile(const QString &src)
 {
     constexpr int kMostTries = 100;
     for (int tries = 0; tries < kMostTries; ++tries) {
-        const QString path = MMS_UTIL_Common::getTmpFileName(src, QString());
+        QString path = MMS_UTIL_Common::getTmpFileName(src, QString());
         if (path.contains(QChar::Null)) {
             return QLatin1String(""); // the system would take what stands in front of it
         }

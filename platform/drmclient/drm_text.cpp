@@ -58,13 +58,18 @@ QByteArray fromQuotedPrintable(QByteArrayView data)
     QByteArray bytes;
     bytes.reserve(data.size());
     for (qsizetype i = 0; i < data.size(); ++i) {
-        const QByteArrayView behind = data.sliced(i + 1);
         if (data[i] != '=') {
             bytes.append(data[i]);
-        } else if (const qsizetype broken = lineBreakIn(behind)) {
+            continue;
+        }
+        const QByteArrayView behind = data.sliced(i + 1);
+        const qsizetype broken = lineBreakIn(behind);
+        const int high = behind.size() >= 2 ? hexDigit(behind[0]) : -1;
+        const int low = behind.size() >= 2 ? hexDigit(behind[1]) : -1;
+        if (broken > 0) {
             i += broken;
-        } else if (behind.size() >= 2 && hexDigit(behind[0]) >= 0 && hexDigit(behind[1]) >= 0) {
-            bytes.append(static_cast<char>(hexDigit(behind[0]) << 4 | hexDigit(behind[1])));
+        } else if (high >= 0 && low >= 0) {
+            bytes.append(static_cast<char>(high * 16 + low));
             i += 2;
         } else {
             bytes.append('='); // no escape: it stands for itself

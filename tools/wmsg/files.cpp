@@ -178,7 +178,7 @@ QString readInput(const QByteArray &path, qint64 limit, QArray<char> &bytes)
     }
     struct stat state;
     Descriptor file;
-    const QString problem = openInput(path, file, state);
+    QString problem = openInput(path, file, state);
     if (!problem.isEmpty()) {
         return problem;
     }

@@ -223,6 +223,11 @@ void TestDrmMessage::hostile_data()
                "application/vnd.oma.drm.content\n\n",
                "A"),
         "forward-lock type=application/vnd.oma.drm.content");
+    row("endless blanks",
+        filled("--b\nContent-Transfer-Encoding: quoted-printable\nContent-Type: "
+               "application/vnd.oma.drm.content\n\n=",
+               " "),
+        "forward-lock type=application/vnd.oma.drm.content");
     row("endless escapes",
         filled("--b\nContent-Transfer-Encoding: quoted-printable\nContent-Type: "
                "application/vnd.oma.drm.content\n\n",
