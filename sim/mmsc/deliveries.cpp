@@ -23,6 +23,7 @@ constexpr quint8 kRejected = 130;
 constexpr quint8 kUnreachable = 135;
 constexpr qint64 kLongestTimer = 86400000; // a day
 constexpr qsizetype kMostReports = 1000;
+constexpr qint64 kOverhead = 2048; // what a recipient takes beside the header that he is sent
 
 qint64 now()
 {
@@ -62,9 +63,9 @@ Deliveries::Deliveries(const Settings &settings, const Subscribers &subscribers,
 
 Deliveries::~Deliveries() = default;
 
-bool Deliveries::hasRoomFor(qint64 bytes) const
+bool Deliveries::hasRoomFor(qint64 bytes, qint64 recipients) const
 {
-    return bytes <= m_settings.mostBytes - m_bytes;
+    return bytes + recipients * kOverhead <= m_settings.mostBytes - m_bytes;
 }
 
 bool Deliveries::canBeHandedOut(const Message &message)
@@ -98,6 +99,7 @@ void Deliveries::addFor(const std::shared_ptr<const Message> &message, const WMF
     delivery->notifyId = u'N' + QString::fromLatin1(unguessable());
     delivery->retrieveId = u'R' + QString::fromLatin1(unguessable());
     delivery->head = headOf(*message, delivery->retrieveId);
+    m_bytes += delivery->head.size() + kOverhead;
     m_byLocation.insert(delivery->location, delivery);
     m_byNotification.insert(delivery->notifyId, delivery);
     m_byRetrieval.insert(delivery->retrieveId, delivery);
@@ -120,7 +122,18 @@ void Deliveries::notify(Delivery &delivery, NotificationPath &path)
         std::make_unique<PushLoop>(path, m_plan, Occasion::Notify, pauses(true),
                                    [this, &delivery] { return notificationOf(delivery); });
     logPushes(*delivery.notifications);
-    delivery.notifications->start(untilThen(delivery.message->notBefore));
+    startAt(*delivery.notifications, delivery.message->notBefore);
+}
+
+// A timer does not reach as far as a delivery time may.
+void Deliveries::startAt(PushLoop &loop, qint64 moment)
+{
+    const int wait = untilThen(moment);
+    if (wait < kLongestTimer) {
+        loop.start(wait);
+    } else {
+        QTimer::singleShot(wait, &loop, [this, &loop, moment] { startAt(loop, moment); });
+    }
 }
 
 void Deliveries::logPushes(const PushLoop &loop)
@@ -192,6 +205,7 @@ void Deliveries::end(const Shared &delivery, quint8 status, bool reportAllowed)
     m_byRetrieval.remove(delivery->retrieveId);
     delivery->notifications.reset();
     delivery->expiry.stop();
+    m_bytes -= delivery->head.size() + kOverhead;
     if (delivery->message.use_count() == 1) {
         m_bytes -= delivery->message->request.bytes().size();
     }

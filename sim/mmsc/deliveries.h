@@ -58,7 +58,7 @@ public:
     struct Settings {
         int notifyAgain = 0; ///< milliseconds until an unanswered notification is repeated
         int pushRetry = 0; ///< milliseconds until a phone is tried again that was not there
-        qint64 mostBytes = 0; ///< of all messages that are kept
+        qint64 mostBytes = 0; ///< of all messages that are kept, and of what they take beside
     };
 
     /// All three are used as long as this object lives.
@@ -69,7 +69,7 @@ public:
     /// Where messages are fetched: "http://host:port/".
     void setBase(const QString &url) { m_base = url; }
 
-    [[nodiscard]] bool hasRoomFor(qint64 bytes) const;
+    [[nodiscard]] bool hasRoomFor(qint64 bytes, qint64 recipients) const;
     /// Tells whether a message with such a header can be handed out at all.
     [[nodiscard]] static bool canBeHandedOut(const Message &message);
     /// Takes a message for all of `recipients` over.
@@ -82,6 +82,7 @@ public:
     /// A retrieval was acknowledged. False as above.
     bool acknowledged(const QString &transactionId, bool reportAllowed);
 
+    /// What is kept takes.
     [[nodiscard]] qint64 bytes() const { return m_bytes; }
 
 private:
@@ -89,6 +90,7 @@ private:
 
     void addFor(const std::shared_ptr<const Message> &message, const WMFMEntry &to);
     void notify(Delivery &delivery, NotificationPath &path);
+    void startAt(PushLoop &loop, qint64 moment);
     void logPushes(const PushLoop &loop);
     [[nodiscard]] QByteArray notificationOf(const Delivery &delivery) const;
     void expire(const QByteArray &location);

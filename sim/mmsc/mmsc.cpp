@@ -218,7 +218,7 @@ QString Mmsc::refusal(const ReceivedPdu &pdu, const QList<WMFMEntry> &recipients
          u"there are too many recipients"_s},
         {std::none_of(recipients.cbegin(), recipients.cend(), isKnown), kAddressUnresolved,
          u"no recipient is known here"_s},
-        {!m_deliveries.hasRoomFor(pdu.bytes().size()), kTransientFailure,
+        {!m_deliveries.hasRoomFor(pdu.bytes().size(), recipients.size()), kTransientFailure,
          u"too many messages wait"_s},
     };
     for (const auto &reason : reasons) {

@@ -203,9 +203,9 @@ void TestMmsc::headerTooLarge()
 void TestMmsc::noRoom()
 {
     const QByteArray request = sendRequest(to("bob@x.org"));
-    Network network({}, Network::kNever, request.size());
+    Network network({}, Network::kNever, request.size() + 3000);
     QCOMPARE(int(network.send(request, "+1").responseStatus), 128);
-    QCOMPARE(network.deliveries->bytes(), request.size());
+    QVERIFY(network.deliveries->bytes() > request.size());
     const MMS_HDR_S full = network.send(request, "+2");
     QCOMPARE(int(full.responseStatus), 192);
     QCOMPARE(full.responseText, QString("too many messages wait"));
