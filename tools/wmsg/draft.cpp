@@ -9,6 +9,7 @@
 #include "tools/wmsg/media_type.h"
 #include "tools/wmsg/presentation.h"
 #include "tools/wmsg/report.h"
+#include "tools/wmsg/stored_message.h"
 #include "tools/wmsg/text_view.h"
 #include "tools/wmsg/time_text.h"
 
@@ -19,7 +20,6 @@
 #include <platform/mimetype/am_mimetype.h>
 
 #include <QtCore/QRandomGenerator>
-#include <QtCore/QTemporaryDir>
 
 #include <algorithm>
 #include <memory>
@@ -325,28 +325,13 @@ QString Draft::checkFields() const
 QString Draft::encode(QByteArray &bytes)
 {
     if (m_request.pduType == MMS_PDU_STORED) {
-        return encodeMailFile(bytes);
+        return mailFileBytes(m_message, bytes);
     }
     QArray<char> pdu;
     const quint32 result = m_message.packTo(pdu, nullptr, nullptr);
     bytes = pdu.toByteArray();
     return result == MMS_ENCODE_OK ? QString()
                                    : u"result %1 (%2)"_s.arg(result).arg(resultInWords(result));
-}
-
-QString Draft::encodeMailFile(QByteArray &bytes)
-{
-    const QTemporaryDir folder;
-    const QString path = folder.filePath(u"message.mms"_s);
-    const quint32 result =
-        folder.isValid() ? m_message.saveAs(path, nullptr, nullptr) : quint32(MMS_SAVE_FAIL);
-    if (result != MMS_SAVE_OK) {
-        return u"result %1 (%2)"_s.arg(result).arg(resultInWords(result));
-    }
-    QArray<char> file;
-    QString problem = readInput(path.toLocal8Bit(), INT_MAX, file);
-    bytes = file.toByteArray();
-    return problem;
 }
 
 } // namespace wmsg::cli

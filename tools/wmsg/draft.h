@@ -67,7 +67,6 @@ private:
     void arrange();
     void addPresentation();
     QString checkFields() const;
-    QString encodeMailFile(QByteArray &bytes);
 
     const DraftRequest &m_request;
     WMMSMsg m_message;

@@ -10,6 +10,7 @@
 #include "tools/wmsg/report.h"
 #include "tools/wmsg/send.h"
 #include "tools/wmsg/settings.h"
+#include "tools/wmsg/store.h"
 
 #include <CLI/CLI.hpp>
 
@@ -41,6 +42,7 @@ int run(int argc, char **argv)
     wmsg::cli::addSend(program, exitCode);
     wmsg::cli::addReceive(program, exitCode);
     wmsg::cli::addSettings(program, exitCode);
+    wmsg::cli::addStore(program, exitCode);
     wmsg::cli::addPush(program, exitCode);
     wmsg::cli::addBox(program, exitCode);
     try {
