@@ -117,46 +117,47 @@ void check(int file, qint64 size, Taken &taken)
     }
 }
 
-} // namespace
-
-Taken Intake::take(const QString &pduFile, const QString &mailFile) const
+/// Reads a PDU and writes it, readable, behind the room for a prefix. The PDU is in memory no
+/// longer when this returns.
+Taken convert(const QString &pduFile, qint64 limit, const service::NewFile &mail, qint64 &written)
 {
     QFile fetched(pduFile);
     if (!fetched.open(QIODevice::ReadOnly)) {
         return failed(pduFile + u": "_s + fetched.errorString());
     }
     const qint64 size = fetched.size();
-    Taken taken;
-    if (size == 0 || size > m_limit) {
+    if (size == 0 || size > limit) {
+        Taken taken;
         taken.reason =
-            size == 0 ? u"there is nothing"_s : u"it has more than %1 bytes"_s.arg(m_limit);
+            size == 0 ? u"there is nothing"_s : u"it has more than %1 bytes"_s.arg(limit);
         return taken;
     }
     const uchar *bytes = fetched.map(0, size);
     if (!bytes) {
         return failed(pduFile + u": "_s + fetched.errorString());
     }
+    const intake::Result read = intake::takeIn(QByteArrayView(bytes, size));
+    const Taken taken = judged(read);
+    written = read.pdu.size();
+    const bool isMessage = taken.kind == Taken::Kind::Message;
+    return isMessage && !writePdu(mail.descriptor(), read.pdu) ? failed(mail.problem()) : taken;
+}
+
+} // namespace
+
+Taken Intake::take(const QString &pduFile, const QString &mailFile) const
+{
     service::NewFile mail(mailFile);
+    if (!mail.isOpen()) {
+        return failed(mail.problem());
+    }
     qint64 written = 0;
-    {
-        const intake::Result read = intake::takeIn(QByteArrayView(bytes, size));
-        taken = judged(read);
-        if (taken.kind != Taken::Kind::Message) {
-            return taken;
-        }
-        if (!mail.isOpen() || !writePdu(mail.descriptor(), read.pdu)) {
-            return failed(mail.problem());
-        }
-        written = read.pdu.size();
-    }
-    fetched.close(); // and with it the map
-    check(mail.descriptor(), written, taken);
+    Taken taken = convert(pduFile, m_limit, mail, written);
     if (taken.kind == Taken::Kind::Message) {
-        if (const QString problem = mail.commit(); !problem.isEmpty()) {
-            return failed(problem);
-        }
+        check(mail.descriptor(), written, taken);
     }
-    return taken;
+    const QString problem = taken.kind == Taken::Kind::Message ? mail.commit() : QString();
+    return problem.isEmpty() ? taken : failed(problem);
 }
 
 } // namespace wmsg::proxy
