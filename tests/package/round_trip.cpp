@@ -1,12 +1,15 @@
 // SPDX-FileCopyrightText: 2026 The wmsg authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Composes a message, saves it as the mail file that it is told, and reads it back. It fails
-// loudly.
+// Composes a message, saves it as the mail file that it is told, and reads it back; then the same
+// with a message store. It fails loudly.
 
+#include <MMS_ENG_Controller>
 #include <WMMSMsg>
 #include <mms/model/result_codes.h>
 #include <platform/applog/applog.h>
+
+#include <QtCore/QTemporaryDir>
 
 #include <cstdio>
 #include <cstdlib>
@@ -39,6 +42,23 @@ WMMSMsg composed()
     return message;
 }
 
+void keepAndRead(WMMSMsg &message)
+{
+    const QTemporaryDir root;
+    qputenv("UVO_EXTRA_SYS_DATA_PATH", root.path().toLocal8Bit());
+    unsigned short id = MMS_ENG_INVALID_ID;
+    require(message.constructEngMsg(&id, MMS_ENG_DRAFTS) == MMS_SAVE_OK, "storing failed");
+    unsigned short folder = 0;
+    require(MMS_ENG_Controller::Instance()->FindMMS(id, &folder) == MMS_ENG_OK
+                && folder == MMS_ENG_DRAFTS,
+            "another folder");
+    WMMSMsg read;
+    require(read.constructWMMSMsg(id, nullptr, true, 0) == MMS_DECODE_OK, "not in the store");
+    require(read.getMultiParts().getSubMmsMultipartList().at(0).getData()
+                == QArray<char>(QByteArrayView("Hello")),
+            "another text in the store");
+}
+
 } // namespace
 
 int main(int, char **arguments)
@@ -63,6 +83,7 @@ int main(int, char **arguments)
     require(parts.size() == 1, "other parts");
     require(parts.at(0).getContentType().getMimeType() == "text/plain", "another part type");
     require(parts.at(0).getData() == QArray<char>(QByteArrayView("Hello")), "another text");
+    keepAndRead(saved);
     std::printf("%d + %d bytes\n", headerLength, bodyLength);
     return 0;
 }
