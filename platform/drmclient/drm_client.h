@@ -12,8 +12,8 @@
 /// Here it reads the containers themselves, told apart by their content and never by their name:
 /// DRM messages, DRM content of version 1 and 2, and rights objects as XML and as binary XML;
 /// docs/formats/drm-containers.md has the bytes. It keeps no rights and decrypts nothing. The head
-/// of a file is read, at most 256 KiB, whatever its size; files that are not regular files are not
-/// opened for reading. A file that cannot be read is no DRM file.
+/// of a file is read, at most 256 KiB, whatever its size. What is no regular file is not read, and
+/// what cannot be read is no DRM file.
 ///
 /// Paths are 8-bit texts as the file system has them. All operations may be called in any thread.
 
