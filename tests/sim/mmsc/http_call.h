@@ -4,6 +4,8 @@
 #pragma once
 
 #include <QtCore/QByteArray>
+#include <QtCore/QEventLoop>
+#include <QtCore/QTimer>
 #include <QtNetwork/QTcpSocket>
 #include <QtTest/QtTest>
 
@@ -38,15 +40,12 @@ public:
     /// Waits until an answer is there in its full length, or the server has closed.
     HttpCall &wait()
     {
-        const bool came = QTest::qWaitFor([this] { return isWhole() || isClosed(); }, 30000);
-        m_isLate = !came;
-        return *this;
+        return waitUntil([this] { return isWhole() || isClosed(); });
     }
     /// Waits until the server has closed.
     HttpCall &waitForEnd()
     {
-        m_isLate = !QTest::qWaitFor([this] { return isClosed(); }, 30000);
-        return *this;
+        return waitUntil([this] { return isClosed(); });
     }
     void hangUp() { m_socket.abort(); }
 
@@ -80,6 +79,23 @@ public:
     [[nodiscard]] const QByteArray &received() const { return m_received; }
 
 private:
+    // The loop runs without a pause, so that large bodies pass in no time.
+    template <typename Condition> HttpCall &waitUntil(Condition isFulfilled)
+    {
+        QEventLoop loop;
+        QTimer patience;
+        patience.setSingleShot(true);
+        QObject::connect(&patience, &QTimer::timeout, &loop, &QEventLoop::quit);
+        QObject::connect(&m_socket, &QTcpSocket::readyRead, &loop, &QEventLoop::quit);
+        QObject::connect(&m_socket, &QTcpSocket::stateChanged, &loop, &QEventLoop::quit);
+        patience.start(60000);
+        while (!isFulfilled() && patience.isActive()) {
+            loop.exec();
+        }
+        m_isLate = !isFulfilled();
+        return *this;
+    }
+
     [[nodiscard]] qsizetype headEnd() const
     {
         const qsizetype end = m_received.indexOf("\r\n\r\n");
