@@ -103,7 +103,11 @@ Delivery::Result Delivery::registerApp(SessionId id, const QString &appId)
     if (found == m_sessions.end() || !isAppId(appId)) {
         return Invalid;
     }
-    found->second->appIds.insert(appId);
+    QSet<QString> &appIds = found->second->appIds;
+    if (appIds.size() >= kMostAppIds && !appIds.contains(appId)) {
+        return Invalid;
+    }
+    appIds.insert(appId);
     found->second->hasRegistered = true;
     settle(id);
     look();

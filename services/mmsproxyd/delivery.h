@@ -34,6 +34,8 @@ class Delivery : public QObject {
 public:
     /// The longest name of an application, in characters.
     static constexpr int kLongestAppId = 256;
+    /// How many applications a session can have registered at a time.
+    static constexpr int kMostAppIds = 64;
     /// How many messages a session can have at a time without confirming one.
     static constexpr int kMostHeld = 64;
 

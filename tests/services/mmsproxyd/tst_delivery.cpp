@@ -36,6 +36,7 @@ private slots:
     void isDeliveredWhenTheFileWentWithTheSession();
     void registering_data();
     void registering();
+    void registrationsHaveAnEnd();
     void registrationsEndWithTheSession();
     void whoHoldsTooManyGetsNoMore();
     void aFullDiskIsNoEnd();
@@ -287,6 +288,18 @@ void TestDelivery::registering()
     QCOMPARE(int(m_delivery->deregisterApp(1, appId)), result);
     QCOMPARE(int(m_delivery->deregisterApp(1, appId)), 15);
     QCOMPARE(int(m_delivery->registerApp(3, appId)), 15); // no such session
+}
+
+void TestDelivery::registrationsHaveAnEnd()
+{
+    m_delivery->opened(1);
+    for (int i = 0; i < Delivery::kMostAppIds; ++i) {
+        QCOMPARE(m_delivery->registerApp(1, QString("app %1").arg(i)), Delivery::Done);
+    }
+    QCOMPARE(m_delivery->registerApp(1, "one more"), Delivery::Invalid);
+    QCOMPARE(m_delivery->registerApp(1, "app 0"), Delivery::Done); // is there already
+    QCOMPARE(m_delivery->deregisterApp(1, "app 0"), Delivery::Done);
+    QCOMPARE(m_delivery->registerApp(1, "one more"), Delivery::Done);
 }
 
 void TestDelivery::registrationsEndWithTheSession()
