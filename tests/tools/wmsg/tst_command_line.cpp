@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The wmsg authors
 // SPDX-License-Identifier: Apache-2.0
 
+#include "tests/support/drm_containers.h"
 #include "tests/tools/wmsg/program.h"
 
 #include <QtCore/QRegularExpression>
@@ -155,7 +156,8 @@ void TestCommandLine::wrongUsage()
 void TestCommandLine::manualNamesEveryOption()
 {
     const QRegularExpression option("(?<![\\w-])--[a-z][a-z-]+");
-    for (const char *command : {"decode", "compose", "send", "receive", "settings"}) {
+    for (const char *command :
+         {"decode", "compose", "send", "receive", "settings", "push", "box"}) {
         auto found = option.globalMatch(Desk().run({command, "--help"}).out);
         QVERIFY(found.hasNext());
         while (found.hasNext()) {
@@ -193,6 +195,13 @@ void TestCommandLine::manualShowsTheTruth()
         QVERIFY(QFile::rename(desk.path("retrieve-confirmation"), desk.path("message.pdu")));
         QVERIFY(QFile::rename(desk.path("cut-in-picture"), desk.path("broken.pdu")));
         desk.write("photo.png", fromHex("89504E470D0A1A0A 0000000D49484452"));
+        desk.write("photo.dm", drm::message({drm::bodyPart("image/jpeg", drm::kJpeg)}));
+        desk.write("song.dcf",
+                   drm::content1("audio/amr", "cid:1@x",
+                                 "Rights-Issuer: http://r.i/\r\nContent-Name: Song\r\n"
+                                 "Encryption-Method: AES128CBC;x\r\n"));
+        desk.write("sunset.jpg", drm::kJpeg);
+        qputenv("UVO_EXTRA_SYS_DATA_PATH", QFile::encodeName(desk.folder().path()));
         isSetUp = true;
     }
     QFETCH(QString, command);
