@@ -58,7 +58,7 @@ QString freshName()
 /// A second name where the file system has such, else a copy.
 QString linkOrCopy(const QString &from, const QString &to)
 {
-    const QString problem = linkDurably(from, to);
+    QString problem = linkDurably(from, to);
     if (problem.isEmpty() || !exists(from) || exists(to)) {
         return problem;
     }

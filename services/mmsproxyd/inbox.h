@@ -26,7 +26,7 @@ class Inbox {
 public:
     /// For how long what is over is remembered beyond its expiry, and how many of it at most. A
     /// message that nobody asked for is given up by then too.
-    static constexpr qint64 kMemory = 7 * 24 * 3600 * 1000LL; // milliseconds
+    static constexpr qint64 kMemory = 7LL * 24 * 3600 * 1000; // milliseconds
     static constexpr int kMostRemembered = 4096;
     /// How many messages and reports may wait; further notifications are refused.
     static constexpr int kMostWaiting = 10000;

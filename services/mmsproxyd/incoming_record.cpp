@@ -69,7 +69,7 @@ QList<Answer> readAnswers(const QJsonValue &value, RecordFields &record)
         record.refuse(u"answers is no list, or too long"_s);
         return answers;
     }
-    for (const QJsonValue &one : array) {
+    for (const auto &one : array) {
         RecordFields fields(one.toObject());
         Answer answer;
         readWord(fields, "kind"_L1, kAnswers, answer.kind);

@@ -40,7 +40,7 @@ void RecordFields::texts(QLatin1String name, QStringList &value)
         return;
     }
     value.clear();
-    for (const QJsonValue &one : read) {
+    for (const auto &one : read) {
         value.append(one.toString());
     }
 }

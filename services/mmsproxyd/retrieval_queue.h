@@ -36,7 +36,7 @@ enum class RetrievalMode {
 
 struct RetrievalSettings {
     QString mmsc; ///< where answers go; without one none is sent
-    qint64 maxIncoming = 2 * 1024 * 1024; ///< of a message, in bytes
+    qint64 maxIncoming = 2LL * 1024 * 1024; ///< of a message, in bytes
     RetrySchedule schedule;
     RetrievalMode mode = RetrievalMode::Immediate;
 };

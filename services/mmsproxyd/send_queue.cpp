@@ -29,7 +29,7 @@ namespace {
 Q_LOGGING_CATEGORY(kSends, "wmsg.sends", QtInfoMsg)
 
 constexpr auto kOut = Spool::Box::Out;
-constexpr qint64 kHeaderRoom = 16 * 1024; // what a mail file has beside the content of a message
+constexpr qint64 kHeaderRoom = 16LL * 1024; // what a mail file has beside the content of a message
 
 // What a request ends with, beside the response status of the MMSC. On the wire: never renumber.
 constexpr qint32 kSent = 0;
@@ -46,6 +46,12 @@ void logProblem(MessageId id, const QString &problem)
     if (!problem.isEmpty()) {
         qCWarning(kSends, "message %llu: %ls", id, qUtf16Printable(problem));
     }
+}
+
+/// An answer that is too large is, whatever it was, no confirmation.
+bool mayPass(const HttpOutcome &outcome)
+{
+    return outcome.mayRetry() || outcome.kind == HttpOutcome::Kind::TooLarge;
 }
 
 } // namespace
@@ -334,9 +340,7 @@ void SendQueue::postEnded(MessageId id, const HttpOutcome &outcome)
     proceed();
     if (outcome.isSuccess()) {
         answered(message, readSendConfirmation(outcome.body, message.record.transactionId));
-    } else if (outcome.kind == HttpOutcome::Kind::TooLarge) {
-        failed(message, kFailed, outcome.text); // whatever that was, no confirmation
-    } else if (!outcome.mayRetry()) {
+    } else if (!mayPass(outcome)) {
         qCWarning(kSends, "message %llu cannot be sent: %ls", id, qUtf16Printable(outcome.text));
         end(message, kFailed);
     } else if (message.wasPaused && outcome.kind == HttpOutcome::Kind::Cut) {

@@ -25,7 +25,7 @@ struct SendConfirmation;
 
 struct SendSettings {
     QString mmsc; ///< the URL of the MMSC; without one nothing can be sent
-    qint64 maxSize = 300 * 1024; ///< of a message, in bytes
+    qint64 maxSize = 300LL * 1024; ///< of a message, in bytes
     RetrySchedule schedule;
     int transfersAtOnce = 1;
 };

@@ -49,7 +49,7 @@ public:
     };
 
     /// The longest record, in bytes.
-    static constexpr qint64 kLongestRecord = 64 * 1024;
+    static constexpr qint64 kLongestRecord = 64LL * 1024;
     /// How many messages are kept aside; the oldest go first.
     static constexpr int kMostKept = 1000;
 
