@@ -122,18 +122,7 @@ void Deliveries::notify(Delivery &delivery, NotificationPath &path)
         std::make_unique<PushLoop>(path, m_plan, Occasion::Notify, pauses(true),
                                    [this, &delivery] { return notificationOf(delivery); });
     logPushes(*delivery.notifications);
-    startAt(*delivery.notifications, delivery.message->notBefore);
-}
-
-// A timer does not reach as far as a delivery time may.
-void Deliveries::startAt(PushLoop &loop, qint64 moment)
-{
-    const int wait = untilThen(moment);
-    if (wait < kLongestTimer) {
-        loop.start(wait);
-    } else {
-        QTimer::singleShot(wait, &loop, [this, &loop, moment] { startAt(loop, moment); });
-    }
+    delivery.notifications->start(std::max<qint64>(0, delivery.message->notBefore - now()));
 }
 
 void Deliveries::logPushes(const PushLoop &loop)

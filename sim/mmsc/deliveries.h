@@ -90,7 +90,6 @@ private:
 
     void addFor(const std::shared_ptr<const Message> &message, const WMFMEntry &to);
     void notify(Delivery &delivery, NotificationPath &path);
-    void startAt(PushLoop &loop, qint64 moment);
     void logPushes(const PushLoop &loop);
     [[nodiscard]] QByteArray notificationOf(const Delivery &delivery) const;
     void expire(const QByteArray &location);

@@ -5,6 +5,8 @@
 
 #include <QtCore/QLoggingCategory>
 
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
 
 namespace wmsg::sim {
@@ -12,7 +14,11 @@ namespace wmsg::sim {
 using Outcome = NotificationPath::Outcome;
 
 namespace {
+
 Q_LOGGING_CATEGORY(logPush, "wmsg.sim.mmsc.push", QtInfoMsg)
+
+constexpr qint64 kLongestTimer = 86400000; // a day
+
 } // namespace
 
 PushLoop::PushLoop(NotificationPath &path, FaultPlan &plan, Occasion occasion, const Pauses &pauses,
@@ -21,12 +27,23 @@ PushLoop::PushLoop(NotificationPath &path, FaultPlan &plan, Occasion occasion, c
       m_content(std::move(content))
 {
     m_timer.setSingleShot(true);
-    connect(&m_timer, &QTimer::timeout, this, &PushLoop::push);
+    connect(&m_timer, &QTimer::timeout, this, &PushLoop::goOn);
 }
 
-void PushLoop::start(int delay)
+void PushLoop::start(qint64 delay)
 {
-    m_timer.start(delay);
+    const qint64 step = std::min(delay, kLongestTimer);
+    m_left = delay - step;
+    m_timer.start(static_cast<int>(step));
+}
+
+void PushLoop::goOn()
+{
+    if (m_left > 0) {
+        start(m_left);
+    } else {
+        push();
+    }
 }
 
 void PushLoop::push()

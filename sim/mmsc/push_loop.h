@@ -31,8 +31,8 @@ public:
     PushLoop(NotificationPath &path, FaultPlan &plan, Occasion occasion, const Pauses &pauses,
              Content content);
 
-    /// Pushes for the first time after so many milliseconds.
-    void start(int delay);
+    /// Pushes for the first time after so many milliseconds, which may be more than a timer takes.
+    void start(qint64 delay);
 
 Q_SIGNALS:
     /// The phone was there, and heard `pdu`.
@@ -41,6 +41,7 @@ Q_SIGNALS:
     void pushed();
 
 private:
+    void goOn();
     void push();
     void send(bool isLast);
     void end(NotificationPath::Outcome outcome, const QString &reason);
@@ -51,6 +52,7 @@ private:
     Pauses m_pauses;
     Content m_content;
     QTimer m_timer;
+    qint64 m_left = 0; // milliseconds to wait when the timer is over
 };
 
 } // namespace wmsg::sim

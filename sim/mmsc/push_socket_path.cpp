@@ -3,8 +3,6 @@
 
 #include "sim/mmsc/push_socket_path.h"
 
-#include "services/common/push_client.h"
-
 #include <utility>
 
 namespace wmsg::sim {
@@ -42,27 +40,25 @@ void PushSocketPath::push(const QByteArray &pdu, QObject *receiver, Done done)
 
 void PushSocketPath::startNext()
 {
-    while (m_running < kMostAtATime && !m_waiting.isEmpty()) {
+    while (m_running.size() < kMostAtATime && !m_waiting.isEmpty()) {
         const Waiting push = m_waiting.dequeue();
         if (push.receiver) {
-            start(push);
+            auto *request = new service::PushRequest(m_socket, push.pdu, kTimeout, this);
+            connect(request, &service::PushRequest::finished, this, &PushSocketPath::finish);
+            m_running.insert(request, push);
         }
     }
 }
 
-void PushSocketPath::start(const Waiting &push)
+void PushSocketPath::finish(const service::PushOutcome &outcome)
 {
-    ++m_running;
-    auto *request = new service::PushRequest(m_socket, push.pdu, kTimeout, this);
-    const auto finish = [this, request, push](const service::PushOutcome &outcome) {
-        request->deleteLater();
-        --m_running;
-        startNext();
-        if (push.receiver) {
-            push.done(outcomeOf(outcome.kind), outcome.reason);
-        }
-    };
-    connect(request, &service::PushRequest::finished, this, finish);
+    QObject *request = sender();
+    const Waiting push = m_running.take(request);
+    request->deleteLater();
+    startNext();
+    if (push.receiver) {
+        push.done(outcomeOf(outcome.kind), outcome.reason);
+    }
 }
 
 } // namespace wmsg::sim

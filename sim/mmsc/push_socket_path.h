@@ -3,8 +3,10 @@
 
 #pragma once
 
+#include "services/common/push_client.h"
 #include "sim/mmsc/notification_path.h"
 
+#include <QtCore/QHash>
 #include <QtCore/QPointer>
 #include <QtCore/QQueue>
 
@@ -30,11 +32,11 @@ private:
     };
 
     void startNext();
-    void start(const Waiting &push);
+    void finish(const service::PushOutcome &outcome);
 
     QString m_socket;
     QQueue<Waiting> m_waiting;
-    int m_running = 0;
+    QHash<QObject *, Waiting> m_running; // by the request
 };
 
 } // namespace wmsg::sim

@@ -29,6 +29,7 @@ private slots:
     void lost();
     void doubled();
     void freshContent();
+    void laterThanATimerTakes();
 };
 
 void TestPushLoop::taken()
@@ -139,6 +140,16 @@ void TestPushLoop::freshContent()
     loop.start(0);
     QTRY_VERIFY(path.pushed.size() >= 2);
     QCOMPARE(path.pushed.mid(0, 2), (QList<QByteArray>{"1", "2"}));
+}
+
+void TestPushLoop::laterThanATimerTakes()
+{
+    FakePath path;
+    FaultPlan plan;
+    PushLoop loop(path, plan, Occasion::Notify, {kSoon, kSoon}, [] { return QByteArray("N"); });
+    loop.start(qint64(1) << 40);
+    QTest::qWait(20);
+    QCOMPARE(path.tries, 0);
 }
 
 QTEST_GUILESS_MAIN(TestPushLoop)
