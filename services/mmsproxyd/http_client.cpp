@@ -56,6 +56,9 @@ HttpClient::Private::Private(HttpClient *client, const HttpSettings &settings)
     curl_multi_setopt(m_multi, CURLMOPT_MAXCONNECTS, kKeptConnections);
     m_timer.setSingleShot(true);
     m_timer.setTimerType(Qt::PreciseTimer);
+    m_soon.setSingleShot(true);
+    m_soon.setInterval(0);
+    QObject::connect(&m_soon, &QTimer::timeout, client, [this] { settle(); });
     QObject::connect(&m_timer, &QTimer::timeout, client, [this] { act(CURL_SOCKET_TIMEOUT, 0); });
 }
 
@@ -127,8 +130,7 @@ void HttpClient::Private::act(curl_socket_t socket, int events)
 
 void HttpClient::Private::settleSoon()
 {
-    QMetaObject::invokeMethod(
-        m_client, [this] { settle(); }, Qt::QueuedConnection);
+    m_soon.start();
 }
 
 // Whoever is told something may start, abort or destroy anything, the client too.

@@ -76,7 +76,8 @@ private:
     HttpClient *m_client;
     HttpSettings m_settings;
     CURLM *m_multi;
-    QTimer m_timer;
+    QTimer m_timer; ///< libcurl's.
+    QTimer m_soon; ///< There is something to settle.
     std::unordered_map<curl_socket_t, Watch> m_watches;
     QList<HttpTransfer *> m_transfers;
 };

@@ -137,7 +137,7 @@ Taken convert(const QString &pduFile, qint64 limit, const service::NewFile &mail
         return failed(pduFile + u": "_s + fetched.errorString());
     }
     const intake::Result read = intake::takeIn(QByteArrayView(bytes, size));
-    const Taken taken = judged(read);
+    Taken taken = judged(read);
     written = read.pdu.size();
     const bool isMessage = taken.kind == Taken::Kind::Message;
     return isMessage && !writePdu(mail.descriptor(), read.pdu) ? failed(mail.problem()) : taken;
