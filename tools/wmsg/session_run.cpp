@@ -34,12 +34,15 @@ int SessionRun::run(std::chrono::seconds timeout)
         return ExitBadInput;
     }
     watchConnection();
+    QTimer timer;
+    timer.setSingleShot(true);
+    QObject::connect(&timer, &QTimer::timeout, &m_context, [this] {
+        if (!isFinished()) {
+            timedOut();
+        }
+    });
     if (timeout.count() > 0) {
-        QTimer::singleShot(timeout, &m_context, [this] {
-            if (!isFinished()) {
-                timedOut();
-            }
-        });
+        timer.start(timeout);
     }
     begin();
     if (!isFinished()) {
@@ -85,12 +88,6 @@ QString SessionRun::connectionProblem() const
     return socket && socket->error() == QLocalSocket::SocketAccessError
         ? u"the proxy daemon at /tmp/mmsproxy is not for this user"_s
         : u"no proxy daemon listens at /tmp/mmsproxy (is wmsg-mmsproxyd running?)"_s;
-}
-
-bool SessionRun::isAllWritten() const
-{
-    const auto *socket = m_session ? m_session->findChild<QWSSocket *>() : nullptr;
-    return !socket || socket->bytesToWrite() == 0;
 }
 
 void SessionRun::watchSignals()

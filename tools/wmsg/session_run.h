@@ -42,8 +42,6 @@ protected:
     [[nodiscard]] bool isFinished() const { return m_session == nullptr; }
     /// Null when the run is finished.
     [[nodiscard]] WMMSSession *session() const { return m_session.get(); }
-    /// Whether everything that was written to the daemon has been handed to the system.
-    [[nodiscard]] bool isAllWritten() const;
 
 private:
     struct Closer {
