@@ -214,30 +214,23 @@ void Deliveries::report(const Message &message, const WMFMEntry &to, quint8 stat
     report.to = to;
     report.date = QDateTime::currentDateTimeUtc();
     report.status = status;
-    const auto loop = std::make_shared<PushLoop>(*path, m_plan, Occasion::Report, pauses(false),
-                                                 [pdu = encoded(report)] { return pdu; });
+    auto *loop = new PushLoop(*path, m_plan, Occasion::Report, pauses(false),
+                              [pdu = encoded(report)] { return pdu; });
+    loop->setParent(this);
     logPushes(*loop);
-    connect(loop.get(), &PushLoop::pushed, this, [this, own = loop.get()] { forgetReport(own); });
+    connect(loop, &PushLoop::pushed, this, [this, loop] { forgetReport(loop); });
     m_reports.enqueue(loop);
     if (m_reports.size() > kMostReports) {
         qCWarning(logDeliveries, "a delivery report is given up: too many wait");
-        m_reports.dequeue();
+        m_reports.dequeue()->deleteLater();
     }
     loop->start(0);
 }
 
 void Deliveries::forgetReport(PushLoop *loop)
 {
-    // It is the one that calls.
-    const auto isIt = [loop](const auto &report) {
-        return report.get() == loop;
-    };
-    const auto found = std::find_if(m_reports.begin(), m_reports.end(), isIt);
-    if (found != m_reports.end()) {
-        const std::shared_ptr<PushLoop> kept = *found;
-        m_reports.erase(found);
-        QTimer::singleShot(0, this, [kept] {});
-    }
+    m_reports.removeOne(loop);
+    loop->deleteLater(); // it is the one that calls
 }
 
 } // namespace wmsg::sim

@@ -106,7 +106,7 @@ private:
     QHash<QByteArray, Shared> m_byLocation;
     QHash<QString, Shared> m_byNotification;
     QHash<QString, Shared> m_byRetrieval;
-    QQueue<std::shared_ptr<PushLoop>> m_reports;
+    QQueue<PushLoop *> m_reports; // children of this object
     qint64 m_bytes = 0;
 };
 
