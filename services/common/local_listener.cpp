@@ -6,7 +6,6 @@
 #include "services/common/local_address.h"
 
 #include <QtCore/QLoggingCategory>
-#include <QtCore/QTimer>
 
 #include <cerrno>
 #include <chrono>
@@ -82,7 +81,11 @@ bool isOfThisUser(int socket)
 
 } // namespace
 
-LocalListener::LocalListener(QObject *parent) : QObject(parent) { }
+LocalListener::LocalListener(QObject *parent) : QObject(parent)
+{
+    m_rest.setSingleShot(true);
+    connect(&m_rest, &QTimer::timeout, this, &LocalListener::goOn);
+}
 
 LocalListener::~LocalListener()
 {
@@ -98,7 +101,7 @@ QString LocalListener::listen(const QString &path, mode_t mode)
             + u" is no path for a socket: it must be absolute and have at most %1 bytes"_s.arg(
                 kLongestPath);
     }
-    const QString problem = clear(path, address);
+    QString problem = clear(path, address);
     if (!problem.isEmpty()) {
         return problem;
     }
@@ -125,6 +128,7 @@ void LocalListener::close()
     if (isOwnFile()) {
         ::unlink(LocalAddress(m_path).path());
     }
+    m_rest.stop();
     m_notifier->setEnabled(false);
     m_notifier.release()->deleteLater(); // it may be the one that is calling
     m_socket.close();
@@ -161,8 +165,14 @@ void LocalListener::rest()
     qCWarning(kListener, "%s: nobody can be taken for a moment: %s", qPrintable(m_path),
               qPrintable(error));
     m_notifier->setEnabled(false);
-    QTimer::singleShot(kRest, m_notifier.get(),
-                       [notifier = m_notifier.get()] { notifier->setEnabled(true); });
+    m_rest.start(kRest);
+}
+
+void LocalListener::goOn()
+{
+    if (m_notifier) {
+        m_notifier->setEnabled(true);
+    }
 }
 
 } // namespace wmsg::service

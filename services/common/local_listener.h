@@ -8,6 +8,7 @@
 #include <QtCore/QObject>
 #include <QtCore/QSocketNotifier>
 #include <QtCore/QString>
+#include <QtCore/QTimer>
 #include <QtCore/QtGlobal>
 
 #include <memory>
@@ -46,11 +47,13 @@ Q_SIGNALS:
 private:
     void takePeers();
     void rest();
+    void goOn();
     [[nodiscard]] bool isOwnFile() const;
 
     QString m_path;
     Descriptor m_socket;
     std::unique_ptr<QSocketNotifier> m_notifier;
+    QTimer m_rest;
     dev_t m_device = 0;
     ino_t m_inode = 0;
 };

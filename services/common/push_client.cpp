@@ -135,33 +135,39 @@ PushRequest::PushRequest(const QString &path, const QByteArray &pdu,
                          std::chrono::milliseconds timeout, QObject *parent)
     : QObject(parent)
 {
-    const QString problem = problemOf(pdu);
-    if (!problem.isEmpty()) {
-        QMetaObject::invokeMethod(
-            this,
-            [this, problem] {
-                end({PushOutcome::Refused, problem});
-            },
-            Qt::QueuedConnection);
+    m_timer.setSingleShot(true);
+    connect(&m_timer, &QTimer::timeout, this, &PushRequest::expire);
+    m_refusal = problemOf(pdu);
+    if (!m_refusal.isEmpty()) {
+        m_timer.start(0);
         return;
     }
-    m_timer.setSingleShot(true);
-    connect(&m_timer, &QTimer::timeout, this, [this] { end(notReached(noAnswer())); });
-    connect(&m_socket, &QLocalSocket::connected, this,
-            [this, record = pushRecord(pdu)] { m_socket.write(record); });
+    m_record = pushRecord(pdu);
+    connect(&m_socket, &QLocalSocket::connected, this, &PushRequest::write);
     connect(&m_socket, &QLocalSocket::readyRead, this, &PushRequest::read);
     // Failures are told from inside connectToServer().
-    connect(
-        &m_socket, &QLocalSocket::errorOccurred, this,
-        [this] {
-            read();
-            end(notReached(m_socket.error() == QLocalSocket::PeerClosedError
-                               ? hungUp()
-                               : m_socket.errorString()));
-        },
-        Qt::QueuedConnection);
+    connect(&m_socket, &QLocalSocket::errorOccurred, this, &PushRequest::fail,
+            Qt::QueuedConnection);
     m_timer.start(timeout);
     m_socket.connectToServer(path);
+}
+
+void PushRequest::write()
+{
+    m_socket.write(m_record);
+}
+
+void PushRequest::expire()
+{
+    end(m_refusal.isEmpty() ? notReached(noAnswer())
+                            : PushOutcome{PushOutcome::Refused, m_refusal});
+}
+
+void PushRequest::fail()
+{
+    read();
+    end(notReached(m_socket.error() == QLocalSocket::PeerClosedError ? hungUp()
+                                                                     : m_socket.errorString()));
 }
 
 void PushRequest::read()

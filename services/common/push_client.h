@@ -51,11 +51,16 @@ Q_SIGNALS:
     void finished(const wmsg::service::PushOutcome &outcome);
 
 private:
+    void write();
     void read();
+    void expire();
+    void fail();
     void end(const PushOutcome &outcome);
 
     QLocalSocket m_socket;
     QTimer m_timer;
+    QString m_refusal;
+    QByteArray m_record;
     QByteArray m_answer;
     bool m_hasEnded = false;
 };

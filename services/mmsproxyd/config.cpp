@@ -28,7 +28,7 @@ constexpr const char *kFooter =
     "why; 2 an option or a line of the file is wrong.";
 
 constexpr qint64 kSmallestLimit = 1024;
-constexpr qint64 kLargestLimit = 100 * 1024 * 1024;
+constexpr qint64 kLargestLimit = qint64(100) * 1024 * 1024;
 constexpr size_t kMostPauses = 100;
 
 /// The options as they are typed.

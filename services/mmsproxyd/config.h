@@ -31,8 +31,8 @@ struct Config {
     std::chrono::seconds connectTimeout{30};
     std::chrono::seconds stallTimeout{60};
 
-    qint64 maxSize = 300 * 1024; ///< of a message that is sent, in bytes
-    qint64 maxIncoming = 10 * 1024 * 1024; ///< of one that is retrieved
+    qint64 maxSize = qint64(300) * 1024; ///< of a message that is sent, in bytes
+    qint64 maxIncoming = qint64(10) * 1024 * 1024; ///< of one that is retrieved
     std::vector<std::chrono::milliseconds> retryPauses;
     RetrievalMode retrieval = RetrievalMode::Immediate;
     QString settingsUri; ///< what the settings server answers; null: the MMSC

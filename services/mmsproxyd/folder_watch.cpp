@@ -38,7 +38,7 @@ void FolderWatch::read()
         if (event.mask & IN_Q_OVERFLOW) {
             Q_EMIT overflowed();
         } else if (event.len > 0) {
-            Q_EMIT left(QFile::decodeName(QByteArray(name, qstrnlen(name, event.len))));
+            Q_EMIT left(QFile::decodeName(name));
         }
     }
 }

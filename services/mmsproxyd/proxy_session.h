@@ -28,7 +28,7 @@ public:
     /// The longest variable part of a command. No path, URL or application id comes near it.
     static constexpr qint32 kLongestText = 64 * 1024;
     /// How many bytes of events may wait for a session that does not read, before it is ended.
-    static constexpr qint64 kMostWaiting = 1024 * 1024;
+    static constexpr qint64 kMostWaiting = qint64(1024) * 1024;
 
     /// Takes the descriptor of a connection with a process of the user `uid`.
     ProxySession(SessionId id, qintptr descriptor, uid_t uid, QObject *parent = nullptr);

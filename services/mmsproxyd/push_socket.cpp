@@ -22,7 +22,7 @@ Q_LOGGING_CATEGORY(kPush, "wmsg.push", QtInfoMsg)
 constexpr qint64 kLongestRecord = service::kLongestPush + 4;
 
 /// How many bytes of answers may wait before no more pushes are read.
-constexpr qint64 kMostUnread = 16 * 1024;
+constexpr qint64 kMostUnread = qint64(16) * 1024;
 
 } // namespace
 
