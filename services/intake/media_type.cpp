@@ -111,12 +111,12 @@ private:
 
     bool readToken()
     {
-        quint8 byte;
+        quint8 byte = 0;
         m_stream.readByte(byte);
         switch (byte & 0x7F) {
         case Q: {
             notPlain();
-            quint32 quality;
+            quint32 quality = 0;
             return m_stream.readUintvar(quality);
         }
         case CharsetToken:
