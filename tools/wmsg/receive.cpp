@@ -3,10 +3,13 @@
 
 #include "tools/wmsg/receive.h"
 
+#include "tools/wmsg/keep_options.h"
 #include "tools/wmsg/log_options.h"
 #include "tools/wmsg/receive_run.h"
 #include "tools/wmsg/report.h"
 #include "tools/wmsg/session_options.h"
+
+#include <platform/engine/mms_eng_controller.h>
 
 #include <CLI/CLI.hpp>
 
@@ -28,6 +31,7 @@ struct ReceiveOptions {
     int count = 0;
     std::string saveDirectory;
     std::string partsDirectory;
+    KeepOptions keep;
     bool full = false;
     SessionOptions session;
     LogOptions log;
@@ -62,6 +66,7 @@ int runReceive(const ReceiveOptions &options)
     request.count = options.count;
     request.saveDirectory = QByteArray::fromStdString(options.saveDirectory);
     request.partsDirectory = QByteArray::fromStdString(options.partsDirectory);
+    request.store = options.keep.storeFolder(MMS_ENG_INBOX);
     request.detail = options.full ? Detail::Full : Detail::Short;
     request.isJson = options.session.json;
     ReceiveRun run(request);
@@ -90,6 +95,7 @@ void addReceive(CLI::App &program, int &exitCode)
         ->add_option("--extract", options->partsDirectory,
                      "Save the parts of each message in a directory of its own in DIR")
         ->type_name("DIR");
+    options->keep.addTo(*command, "Store each message in the message store", "inbox");
     command->add_flag("--full", options->full, "Cut no texts and lists");
     options->session.addTo(*command, "without --count that is no failure",
                            "one object and line for each message");

@@ -22,11 +22,11 @@ namespace wmsg::cli {
 
 namespace {
 
-bool opens(const std::optional<MessageFolder> &folder, const QByteArray &directory)
+template <typename Folder> bool opens(const std::optional<Folder> &folder, const QByteArray &name)
 {
     const QString problem = folder ? folder->open() : QString();
     if (!problem.isEmpty()) {
-        complain(shownName(directory) + u": "_s + problem);
+        complain(shownName(name) + u": "_s + problem);
     }
     return problem.isEmpty();
 }
@@ -45,7 +45,8 @@ ReceiveRun::ReceiveRun(ReceiveRequest request) : m_request(std::move(request))
 
 bool ReceiveRun::openFolders() const
 {
-    return opens(m_messages, m_request.saveDirectory) && opens(m_parts, m_request.partsDirectory);
+    return opens(m_messages, m_request.saveDirectory) && opens(m_parts, m_request.partsDirectory)
+        && opens(m_request.store, "--store");
 }
 
 void ReceiveRun::begin()
@@ -95,6 +96,10 @@ bool ReceiveRun::save(const WMMSMsg &message)
     if (!problem.isEmpty()) {
         problems += problem;
     }
+    if (m_request.store && problems.isEmpty()) {
+        problem = m_request.store->add(message);
+        problems += problem.isEmpty() ? QStringList() : QStringList(u"not stored: "_s + problem);
+    }
     for (const QString &line : std::as_const(written)) {
         tell(line);
     }
@@ -114,12 +119,18 @@ void ReceiveRun::show(const WMMSMsg &message)
         if (!m_saved.isEmpty()) {
             object.insert(u"file"_s, shownName(m_saved));
         }
+        if (m_request.store) {
+            m_request.store->addPlace(object);
+        }
         say(QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Compact)) + u'\n');
     } else {
         say(u"message %1, %2\n"_s.arg(m_number).arg(sizeInWords(size))
             + contentView(message, m_request.detail) + u'\n');
         if (!m_saved.isEmpty()) {
             tell(u"wrote "_s + printable(shownName(m_saved)));
+        }
+        if (m_request.store) {
+            tell(u"stored as "_s + m_request.store->placeInWords());
         }
     }
     std::fflush(stdout);

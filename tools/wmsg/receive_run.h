@@ -6,6 +6,7 @@
 #include "tools/wmsg/message_folder.h"
 #include "tools/wmsg/message_view.h"
 #include "tools/wmsg/session_run.h"
+#include "tools/wmsg/store_folder.h"
 
 #include <QtCore/QHash>
 #include <QtCore/QStringList>
@@ -20,14 +21,15 @@ struct ReceiveRequest {
     int count = 0; ///< 0: until interrupted.
     QByteArray saveDirectory;
     QByteArray partsDirectory;
+    std::optional<StoreFolder> store;
     Detail detail = Detail::Short;
     bool isJson = false;
 };
 
 /// Waits for messages, shows and saves them.
 ///
-/// A message whose file or parts cannot be saved is not lost: the program ends before it has told
-/// the daemon that it has the message, so that the daemon hands it out again.
+/// A message that cannot be saved, in files or in the store, is not lost: the program ends before
+/// it has told the daemon that it has the message, so that the daemon hands it out again.
 class ReceiveRun : public SessionRun {
 public:
     explicit ReceiveRun(ReceiveRequest request);

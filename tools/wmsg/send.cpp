@@ -5,6 +5,7 @@
 
 #include "tools/wmsg/decoded_file.h"
 #include "tools/wmsg/draft.h"
+#include "tools/wmsg/keep_options.h"
 #include "tools/wmsg/log_options.h"
 #include "tools/wmsg/message_options.h"
 #include "tools/wmsg/report.h"
@@ -13,6 +14,7 @@
 
 #include <mms/codec/mms_hdr_s.h>
 #include <mms/model/result_codes.h>
+#include <platform/engine/mms_eng_controller.h>
 
 #include <CLI/CLI.hpp>
 
@@ -29,6 +31,7 @@ struct SendOptions {
     MessageOptions message;
     std::string file;
     bool noWait = false;
+    KeepOptions keep;
     SessionOptions session;
     LogOptions log;
 };
@@ -103,7 +106,9 @@ int runSend(const SendOptions &options)
     }
     SendRun run(message, options.noWait ? SendRun::Wait::UntilTaken : SendRun::Wait::ForOutcome,
                 options.session.json ? SendRun::Output::Json : SendRun::Output::Words);
-    return run.run(options.session.timeLimit());
+    // What only the daemon has is not sent yet.
+    const auto store = options.keep.storeFolder(options.noWait ? MMS_ENG_OUTBOX : MMS_ENG_SENT);
+    return !store || run.keepIn(*store) ? run.run(options.session.timeLimit()) : ExitBadInput;
 }
 
 } // namespace
@@ -120,6 +125,8 @@ void addSend(CLI::App &program, int &exitCode)
         ->type_name("FILE");
     command->add_flag("--no-wait", options->noWait,
                       "End as soon as the proxy daemon has taken the message");
+    options->keep.addTo(*command, "Store the message in the message store when it is sent",
+                        "sent, or outbox with --no-wait");
     options->session.addTo(*command, "the message stays with the proxy daemon",
                            "one object that tells the outcome");
     options->log.addTo(*command);

@@ -47,6 +47,20 @@ SendRun::SendRun(WMMSMsg &message, Wait wait, Output output)
     }
 }
 
+bool SendRun::keepIn(const StoreFolder &folder)
+{
+    QString problem = StoreFolder::objection(m_message);
+    if (problem.isEmpty()) {
+        problem = folder.open();
+    }
+    if (!problem.isEmpty()) {
+        complain(u"not sent: "_s + problem);
+        return false;
+    }
+    m_store = folder;
+    return true;
+}
+
 void SendRun::begin()
 {
     WMFM::STATUS_T status = WMFM::STATUS_OK;
@@ -162,24 +176,60 @@ void SendRun::end(const char *outcome, int status, const QString &line)
     if (!line.isEmpty()) {
         complain(line);
     }
-    const bool isFine = line.isEmpty();
-    const qint64 size = m_message.headerLength() + m_message.bodyLength();
+    const bool isDone = line.isEmpty();
+    const bool isFine = isDone && store();
     if (m_output == Output::Json) {
-        QJsonObject object{{u"outcome"_s, QLatin1String(outcome)}, {u"retries"_s, m_retries}};
-        if (status != kNoStatus) {
-            object.insert(u"status"_s, status);
-            object.insert(u"statusKey"_s, statusKey(status));
-            object.insert(u"words"_s, statusInWords(status));
-        }
-        if (m_request >= 0) {
-            object.insert(u"bytes"_s, size);
-        }
-        say(QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Compact)) + u'\n');
-    } else if (isFine) {
-        say(u"%1: %2\n"_s.arg(m_wait == Wait::UntilTaken ? u"handed over"_s : u"sent"_s,
-                              sizeInWords(size)));
+        showJson(outcome, status);
+    } else if (isDone) {
+        showWords();
     }
     finish(finishOutput() && isFine ? ExitFine : ExitBadInput);
+}
+
+// The message has gone: that it is not stored changes nothing about that.
+bool SendRun::store()
+{
+    const QString problem = m_store ? m_store->add(m_message) : QString();
+    if (!problem.isEmpty()) {
+        complain(doneInWords() + u", but not stored: "_s + problem);
+    }
+    return problem.isEmpty();
+}
+
+void SendRun::showJson(const char *outcome, int status) const
+{
+    QJsonObject object{{u"outcome"_s, QLatin1String(outcome)}, {u"retries"_s, m_retries}};
+    if (status != kNoStatus) {
+        object.insert(u"status"_s, status);
+        object.insert(u"statusKey"_s, statusKey(status));
+        object.insert(u"words"_s, statusInWords(status));
+    }
+    if (m_request >= 0) {
+        object.insert(u"bytes"_s, size());
+    }
+    if (m_store) {
+        m_store->addPlace(object);
+    }
+    say(QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Compact)) + u'\n');
+}
+
+void SendRun::showWords() const
+{
+    say(u"%1: %2\n"_s.arg(doneInWords(), sizeInWords(size())));
+    const QString place = m_store ? m_store->placeInWords() : QString();
+    if (!place.isEmpty()) {
+        say(u"stored as %1\n"_s.arg(place));
+    }
+}
+
+qint64 SendRun::size() const
+{
+    return m_message.headerLength() + m_message.bodyLength();
+}
+
+QString SendRun::doneInWords() const
+{
+    return m_wait == Wait::UntilTaken ? u"handed over"_s : u"sent"_s;
 }
 
 } // namespace wmsg::cli

@@ -5,8 +5,11 @@
 
 #include "tools/wmsg/progress_bar.h"
 #include "tools/wmsg/session_run.h"
+#include "tools/wmsg/store_folder.h"
 
 #include <mms/model/wmmsmsg.h>
+
+#include <optional>
 
 namespace wmsg::cli {
 
@@ -21,6 +24,10 @@ public:
 
     SendRun(WMMSMsg &message, Wait wait, Output output);
 
+    /// The message is to be stored when it is sent, or taken. False, with a complaint, when it
+    /// could not be.
+    [[nodiscard]] bool keepIn(const StoreFolder &folder);
+
 private:
     void begin() override;
     void interrupted() override;
@@ -34,10 +41,16 @@ private:
     void outcome(int status);
     void tell(const QString &line);
     void end(const char *outcome, int status, const QString &line);
+    [[nodiscard]] bool store();
+    void showJson(const char *outcome, int status) const;
+    void showWords() const;
+    [[nodiscard]] qint64 size() const;
+    [[nodiscard]] QString doneInWords() const;
 
     WMMSMsg &m_message;
     Wait m_wait;
     Output m_output;
+    std::optional<StoreFolder> m_store;
     ProgressBar m_bar;
     QString m_name; // what this session registers
     int m_registration = -1;

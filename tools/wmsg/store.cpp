@@ -4,6 +4,7 @@
 #include "tools/wmsg/store.h"
 
 #include "tools/wmsg/files.h"
+#include "tools/wmsg/keep_options.h"
 #include "tools/wmsg/log_options.h"
 #include "tools/wmsg/report.h"
 #include "tools/wmsg/store_run.h"
@@ -59,13 +60,6 @@ int runStore(const StoreOptions &options, const Action &action)
     return action(run, options);
 }
 
-std::string problemOfFolder(const std::string &name)
-{
-    return folderOf(QString::fromStdString(name)) ? std::string()
-                                                  : "'" + name
-            + "' is no folder: inbox, outbox, sent, drafts, templates, or a number up to 65534";
-}
-
 /// One of the subcommands, with the options that all of them have.
 struct Command {
     Command(CLI::App &store, const char *name, const char *words, int &exitCode, Action action)
@@ -84,7 +78,7 @@ struct Command {
     CLI::Option *addFolder(const std::string &name, const std::string &words) const
     {
         return app->add_option(name, options->folder, words)
-            ->check(CLI::Validator(problemOfFolder, "", ""))
+            ->check(CLI::Validator(folderProblem, "", ""))
             ->type_name(name[0] == '-' ? "FOLDER" : "");
     }
     CLI::Option *addIds() const

@@ -8,6 +8,7 @@
 #include "tools/wmsg/message_json.h"
 #include "tools/wmsg/message_view.h"
 #include "tools/wmsg/report.h"
+#include "tools/wmsg/store_folder.h"
 #include "tools/wmsg/text_view.h"
 
 #include <mms/model/result_codes.h>
@@ -185,21 +186,15 @@ bool StoreRun::addFile(const QByteArray &path, unsigned short folder, qint64 siz
         complain(failureInWords(file));
         return false;
     }
-    const auto *parts = file.message.getMultiParts().subParts();
-    if (parts && parts->size() > MMS_ENG_MAX_PARTS) {
-        complain(u"%1: has %2 parts, and the store keeps %3"_s.arg(file.name)
-                     .arg(parts->size())
-                     .arg(MMS_ENG_MAX_PARTS));
+    StoreFolder store(folder);
+    problem = store.add(file.message);
+    if (!problem.isEmpty()) {
+        complain(file.name + u": "_s + problem);
         return false;
     }
-    unsigned short id = MMS_ENG_INVALID_ID;
-    if (file.message.constructEngMsg(&id, folder) != MMS_SAVE_OK) {
-        return refuse(file.name);
-    }
-    tell(u"stored %1 as message %2 in %3\n"_s.arg(printable(file.name))
-             .arg(id)
-             .arg(folderName(folder)),
-         joined(placeOf(id, folder), {{u"file"_s, file.name}}));
+    QJsonObject object{{u"file"_s, file.name}};
+    store.addPlace(object);
+    tell(u"stored %1 as %2\n"_s.arg(printable(file.name), store.placeInWords()), object);
     return true;
 }
 

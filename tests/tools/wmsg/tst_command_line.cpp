@@ -63,13 +63,16 @@ void TestCommandLine::addSessionHelp()
                                          "--max-size",
                                          "--file",
                                          "--no-wait",
+                                         "--store",
+                                         "--folder",
                                          "--timeout",
                                          "--json",
                                          "--log",
                                          "--verbose"};
     QTest::newRow("receive") << QStringList{"receive", "--help"}
-                             << QStringList{"--app-id",  "--count", "--save", "--extract", "--full",
-                                            "--timeout", "--json",  "--log",  "--verbose"};
+                             << QStringList{"--app-id", "--count",  "--save",   "--extract",
+                                            "--store",  "--folder", "--full",   "--timeout",
+                                            "--json",   "--log",    "--verbose"};
     QTest::newRow("settings") << QStringList{"settings", "--help"}
                               << QStringList{"--json", "--log", "--verbose"};
     QTest::newRow("push") << QStringList{"push", "--help"}

@@ -10,6 +10,8 @@
 #include "tests/support/proxy_records.h"
 #include "tests/tools/wmsg/program.h"
 
+#include <sys/stat.h>
+
 namespace {
 
 WMMSMsg messageOf(const QString &subject)
@@ -43,7 +45,11 @@ class TestReceive : public QObject {
     Q_OBJECT
 
 private slots:
-    void initTestCase() { appLogModuleStream = appLogDiscardStream(); }
+    void initTestCase()
+    {
+        appLogModuleStream = appLogDiscardStream();
+        qputenv("UVO_EXTRA_SYS_DATA_PATH", "root"); // on the desk of each test
+    }
     void shows();
     void json();
     void applicationIds();
@@ -53,6 +59,10 @@ private slots:
     void savesOnThePresentOnes();
     void whatCannotBeSavedStays_data();
     void whatCannotBeSavedStays();
+    void stores();
+    void storesAsJson();
+    void whatCannotBeStoredStays();
+    void noStore();
     void noFolder_data();
     void noFolder();
     void countedOnesOnly();
@@ -223,6 +233,73 @@ void TestReceive::whatCannotBeSavedStays()
     proxy.expectEnd();
 }
 
+void TestReceive::stores()
+{
+    const Desk desk;
+    ProxyPeer proxy;
+    const auto run = desk.begin({"receive", "--store", "--save", "in", "--count", "2"});
+    const QString path = handOut(desk, "Hut");
+    proxy.sendBytes(record::retrievalCompleted(path)
+                    + record::retrievalCompleted(handOut(desk, "Lake")));
+    const Run ended = run->end();
+    QCOMPARE(ended.err, "");
+    QCOMPARE(ended.exitCode, 0);
+    QVERIFY(ended.out.contains("wrote in/message-1.mms\nstored as message 1 in inbox\n"));
+    QVERIFY(ended.out.endsWith("wrote in/message-2.mms\nstored as message 2 in inbox\n"));
+    QVERIFY(!QFile::exists(path));
+    QCOMPARE(desk.run({"store", "list", "inbox"}).out.count('\n'), 2);
+    const QJsonObject stored = desk.run({"store", "show", "--json", "1"}).json();
+    QCOMPARE(stored["headers"]["subject"].toString(), "Hut");
+    QCOMPARE(stored["headers"]["from"]["value"].toString(), "+431");
+    QCOMPARE(stored["parts"].toArray().at(1)["contentType"]["type"].toString(), "image/png");
+    QCOMPARE(stored["parts"].toArray().at(1)["size"].toInt(), 4);
+}
+
+void TestReceive::storesAsJson()
+{
+    const Desk desk;
+    ProxyPeer proxy;
+    const auto run = desk.begin({"receive", "--store", "--folder", "77", "--json", "--count", "1"});
+    proxy.sendBytes(record::retrievalCompleted(handOut(desk, "Hut")));
+    const Run ended = run->end();
+    QCOMPARE(ended.err, "");
+    QCOMPARE(ended.json()["id"].toInt(), 1);
+    QCOMPARE(ended.json()["folder"].toString(), "77");
+    QCOMPARE(ended.json()["headers"]["subject"].toString(), "Hut");
+    QCOMPARE(desk.run({"store", "list", "77"}).out.count('\n'), 1);
+}
+
+void TestReceive::whatCannotBeStoredStays()
+{
+    const Desk desk;
+    ProxyPeer proxy;
+    const auto run = desk.begin({"receive", "--store", "--app-id", "a"});
+    proxy.takeRegistered(0); // the store was looked at before
+    const QByteArray parts = desk.path("root/mms/engine/parts").toLocal8Bit();
+    QCOMPARE(chmod(parts.constData(), 0555), 0);
+    const QString path = handOut(desk, "Hut");
+    proxy.sendBytes(record::registrationCompleted(0, 0) + record::retrievalCompleted(path));
+    const Run ended = run->end();
+    QVERIFY2(ended.errorLine().startsWith("wmsg: not stored: "), qPrintable(ended.err));
+    QVERIFY2(ended.err.contains("Permission denied"), qPrintable(ended.err));
+    QCOMPARE(ended.out, "");
+    QCOMPARE(ended.exitCode, 1);
+    QVERIFY(QFile::exists(path));
+    proxy.expectEnd();
+    QCOMPARE(chmod(parts.constData(), 0755), 0);
+    QCOMPARE(desk.run({"store", "list"}).out, "no messages\n");
+}
+
+void TestReceive::noStore()
+{
+    const Desk desk;
+    desk.write("root", "a file in its way");
+    const Run run = desk.run({"receive", "--store"});
+    QCOMPARE(run.errorLine(),
+             "wmsg: --store: the store root/mms/engine/ cannot be made: Not a directory");
+    QCOMPARE(run.exitCode, 1);
+}
+
 void TestReceive::noFolder_data()
 {
     QTest::addColumn<QString>("option");
@@ -344,6 +421,8 @@ void TestReceive::wrongUsage_data()
     QTest::newRow("no messages") << QStringList{"receive", "--count", "0"};
     QTest::newRow("no id") << QStringList{"receive", "--app-id", ""};
     QTest::newRow("a long id") << QStringList{"receive", "--app-id", QString(257, 'a')};
+    QTest::newRow("folder and no store") << QStringList{"receive", "--folder", "inbox"};
+    QTest::newRow("unknown folder") << QStringList{"receive", "--store", "--folder", "attic"};
     QTest::newRow("no time") << QStringList{"receive", "--timeout", "soon"};
 }
 

@@ -13,6 +13,7 @@
 
 #include <fcntl.h>
 #include <sys/ioctl.h>
+#include <sys/stat.h>
 
 namespace {
 
@@ -50,7 +51,11 @@ class TestSend : public QObject {
     Q_OBJECT
 
 private slots:
-    void initTestCase() { appLogModuleStream = appLogDiscardStream(); }
+    void initTestCase()
+    {
+        appLogModuleStream = appLogDiscardStream();
+        qputenv("UVO_EXTRA_SYS_DATA_PATH", "root"); // on the desk of each test
+    }
     void sends();
     void sendsAFile_data();
     void sendsAFile();
@@ -75,6 +80,13 @@ private slots:
     void daemonGoesAway();
     void noDaemon();
     void progressBar();
+    void stores_data();
+    void stores();
+    void storesWhatIsSentAlone();
+    void storesNothingUnlessAsked();
+    void sentButNotStored();
+    void handsOverNothingThatCannotBeStored();
+    void handsOverNoMessageWithTooManyParts();
 };
 
 void TestSend::sends()
@@ -182,6 +194,12 @@ void TestSend::wrongUsage_data()
     QTest::newRow("file and text")
         << sending({"--file", "m"})
         << "wmsg: send: --to has no place beside --file (see wmsg send --help)";
+    QTest::newRow("folder and no store")
+        << sending({"--folder", "sent"}) << "wmsg: --folder requires --store (see wmsg --help)";
+    QTest::newRow("unknown folder")
+        << sending({"--store", "--folder", "attic"})
+        << "wmsg: --folder: 'attic' is no folder: inbox, outbox, sent, drafts, templates, or a "
+           "number up to 65534 (see wmsg --help)";
     QTest::newRow("timeout") << sending({"--timeout", "8d"})
                              << "wmsg: --timeout: \"8d\" is no duration from a second to a week "
                                 "(90, 15m, 12h) (see wmsg --help)";
@@ -478,6 +496,132 @@ void TestSend::progressBar()
     QCOMPARE(run->end().exitCode, 0);
     ::close(side);
     ::close(terminal);
+}
+
+void TestSend::stores_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QString>("done");
+    QTest::addColumn<QString>("folder");
+    QTest::newRow("sent") << QStringList() << "sent"
+                          << "sent";
+    QTest::newRow("handed over") << QStringList{"--no-wait"} << "handed over"
+                                 << "outbox";
+    QTest::newRow("sent, folder") << QStringList{"--folder", "77"} << "sent"
+                                  << "77";
+    QTest::newRow("handed over, folder")
+        << QStringList{"--no-wait", "--folder", "sent"} << "handed over"
+        << "sent";
+}
+
+void TestSend::stores()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(QString, done);
+    QFETCH(QString, folder);
+    const Desk desk;
+    ProxyPeer proxy;
+    const auto send = [&](const QStringList &more) {
+        const auto run = desk.begin(sending(QStringList{"--store"} + arguments + more));
+        read(takeMessage(proxy));
+        if (done == "sent") {
+            proxy.sendBytes(record::requestCompleted(1, 0));
+        } else {
+            proxy.takeRegistered(2);
+            proxy.sendBytes(record::registrationCompleted(2, 0));
+        }
+        Run ended = run->end();
+        proxy.close();
+        return ended;
+    };
+    const Run words = send({"--date", "1714564800"});
+    QCOMPARE(words.err, "");
+    QVERIFY2(words.out.startsWith(done + ": "), qPrintable(words.out));
+    QVERIFY2(words.out.endsWith(" bytes\nstored as message 1 in " + folder + '\n'),
+             qPrintable(words.out));
+    QCOMPARE(words.exitCode, 0);
+    const Run json = send({"--json"});
+    QCOMPARE(json.json()["id"].toInt(), 2);
+    QCOMPARE(json.json()["folder"].toString(), folder);
+    QCOMPARE(json.exitCode, 0);
+
+    QCOMPARE(desk.run({"store", "list", folder}).out.count('\n'), 2);
+    const QJsonObject stored = desk.run({"store", "show", "--json", "1"}).json();
+    QCOMPARE(stored["headers"]["subject"].toString(), "Hut");
+    QCOMPARE(stored["headers"]["date"].toInteger(), 1714564800);
+    QCOMPARE(stored["headers"]["to"].toArray().size(), 1);
+    QCOMPARE(stored["parts"].toArray().at(1)["size"].toInt(), 2);
+}
+
+void TestSend::storesWhatIsSentAlone()
+{
+    const Desk desk;
+    ProxyPeer proxy;
+    const auto run = desk.begin(sending({"--store", "--json"}));
+    read(takeMessage(proxy));
+    proxy.sendBytes(record::requestCompleted(1, 130));
+    const Run ended = run->end();
+    QCOMPARE(ended.errorLine(), "wmsg: not sent: refused: service denied (status 130)");
+    QVERIFY(!ended.json().contains("id"));
+    QCOMPARE(ended.exitCode, 1);
+    QCOMPARE(desk.run({"store", "list"}).out, "no messages\n");
+}
+
+void TestSend::storesNothingUnlessAsked()
+{
+    const Desk desk;
+    ProxyPeer proxy;
+    const auto run = desk.begin(sending());
+    read(takeMessage(proxy));
+    proxy.sendBytes(record::requestCompleted(1, 0));
+    QCOMPARE(run->end().exitCode, 0);
+    QVERIFY(!QFile::exists(desk.path("root/mms/engine")));
+}
+
+void TestSend::sentButNotStored()
+{
+    const Desk desk;
+    ProxyPeer proxy;
+    for (const bool isJson : {false, true}) {
+        const auto run = desk.begin(sending({"--store"}) + QStringList(isJson ? 1 : 0, "--json"));
+        read(takeMessage(proxy)); // the store was looked at before
+        const QByteArray parts = desk.path("root/mms/engine/parts").toLocal8Bit();
+        QCOMPARE(chmod(parts.constData(), 0555), 0);
+        proxy.sendBytes(record::requestCompleted(1, 0));
+        const Run ended = run->end();
+        QVERIFY2(ended.errorLine().startsWith("wmsg: sent, but not stored: "),
+                 qPrintable(ended.err));
+        QVERIFY2(ended.err.contains("Permission denied"), qPrintable(ended.err));
+        QCOMPARE(isJson ? ended.json()["outcome"].toString() : ended.out.section(':', 0, 0),
+                 "sent");
+        QVERIFY(!ended.out.contains("stored as") && !ended.json().contains("id"));
+        QCOMPARE(ended.exitCode, 1);
+        QCOMPARE(chmod(parts.constData(), 0755), 0);
+        QCOMPARE(desk.run({"store", "list"}).out, "no messages\n");
+        proxy.close();
+    }
+}
+
+// There is no daemon here: who tried to send would be told so.
+void TestSend::handsOverNothingThatCannotBeStored()
+{
+    const Desk desk;
+    desk.write("root", "a file in its way");
+    const Run run = desk.run(sending({"--store"}));
+    QCOMPARE(run.errorLine(),
+             "wmsg: not sent: the store root/mms/engine/ cannot be made: Not a directory");
+    QCOMPARE(run.exitCode, 1);
+}
+
+void TestSend::handsOverNoMessageWithTooManyParts()
+{
+    const Desk desk;
+    QByteArray pdu = fromHex("8C 80 97 31 32 2F 54 59 50 45 3D 50 4C 4D 4E 00 8D 92 84 A3");
+    pdu += char(41) + fromHex("01 00 9D").repeated(41);
+    desk.write("many", pdu);
+    const Run run = desk.run({"send", "--store", "--file", "many"});
+    QCOMPARE(run.errorLine(), "wmsg: not sent: has 41 parts, and the store keeps 40");
+    QCOMPARE(run.exitCode, 1);
 }
 
 QTEST_GUILESS_MAIN(TestSend)
