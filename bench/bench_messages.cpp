@@ -45,6 +45,14 @@ public:
         m_daemon = std::make_unique<wmsg::proxy::ProxyDaemon>(config);
         check(m_daemon->start());
     }
+    ~Desk()
+    {
+        m_daemon.reset();
+        m_network.reset();
+        // What these leave to the loop.
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+    Q_DISABLE_COPY_MOVE(Desk)
 
 private:
     [[nodiscard]] QString path(const char *name) const
