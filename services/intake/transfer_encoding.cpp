@@ -165,7 +165,7 @@ QByteArray withEncodedWords(const QByteArray &utf8)
 {
     // What a word says may make up another one with its neighbours; every round leaves fewer ASCII
     // characters.
-    constexpr qsizetype kLongest = 16 * 1024;
+    constexpr qsizetype kLongest = 16384;
     QByteArray text = utf8;
     while (text.size() <= kLongest && text.contains("=?")) {
         QByteArray next = withWordsDecoded(text);
