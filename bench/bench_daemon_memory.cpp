@@ -8,7 +8,7 @@
 #include "mms/model/result_codes.h"
 #include "services/common/descriptor.h"
 #include "services/mmsproxyd/http_client.h"
-#include "services/mmsproxyd/intake.h"
+#include "services/mmsproxyd/mail_file_writer.h"
 #include "services/mmsproxyd/outgoing_pdu.h"
 
 #include <QtCore/QCoreApplication>
@@ -141,7 +141,7 @@ void intake(benchmark::State &state)
     writeFile(folder.pdu, bench::encoded(bench::retrieval(size)).view().toByteArray());
     const Peak peak;
     for (auto _ : state) {
-        const Taken taken = Intake(2 * size + kMegabyte).take(folder.pdu, folder.mail);
+        const Taken taken = MailFileWriter(2 * size + kMegabyte).take(folder.pdu, folder.mail);
         if (taken.kind != Taken::Kind::Message) {
             state.SkipWithError("no message");
         }

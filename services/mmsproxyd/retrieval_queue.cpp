@@ -7,7 +7,7 @@
 #include "services/mmsproxyd/answer_queue.h"
 #include "services/mmsproxyd/fetch.h"
 #include "services/mmsproxyd/http_client.h"
-#include "services/mmsproxyd/intake.h"
+#include "services/mmsproxyd/mail_file_writer.h"
 #include "services/mmsproxyd/notification.h"
 #include "services/mmsproxyd/outgoing_pdu.h"
 #include "services/mmsproxyd/record_fields.h"
@@ -446,8 +446,8 @@ void RetrievalQueue::fetchEnded(MessageId id, const HttpOutcome &outcome)
 void RetrievalQueue::takeIn(MessageId id, const IncomingRecord &record)
 {
     const QString fetched = m_spool.path(kIn, id, Spool::Part::Fetched);
-    const Taken taken =
-        Intake(m_settings.maxIncoming).take(fetched, m_spool.path(kIn, id, Spool::Part::Mail));
+    const Taken taken = MailFileWriter(m_settings.maxIncoming)
+                            .take(fetched, m_spool.path(kIn, id, Spool::Part::Mail));
     switch (taken.kind) {
     case Taken::Kind::Message:
         arrived(id, record, taken);

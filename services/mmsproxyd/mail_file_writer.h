@@ -6,7 +6,8 @@
 #include <QtCore/QString>
 #include <QtCore/QtGlobal>
 
-/// Intake turns what an MMSC gave for a message into a mail file that a session reads.
+/// MailFileWriter turns what an MMSC gave for a message into a mail file that a session reads. What
+/// makes it readable is services/intake.
 
 namespace wmsg::proxy {
 
@@ -46,11 +47,11 @@ struct Taken {
     }
 };
 
-/// Intake takes PDUs in, one at a time. It keeps nothing between two.
-class Intake {
+/// MailFileWriter takes fetched PDUs, one at a time. It keeps nothing between two.
+class MailFileWriter {
 public:
     /// The largest PDU that is looked at. A larger one is unreadable.
-    explicit Intake(qint64 limit) : m_limit(limit) { }
+    explicit MailFileWriter(qint64 limit) : m_limit(limit) { }
 
     /// take reads the retrieve confirmation in `pduFile` and writes it as a mail file to
     /// `mailFile`, which is replaced as a whole and synced, with its folder. The bytes of a PDU

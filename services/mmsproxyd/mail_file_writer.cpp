@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The wmsg authors
 // SPDX-License-Identifier: Apache-2.0
 
-#include "services/mmsproxyd/intake.h"
+#include "services/mmsproxyd/mail_file_writer.h"
 
 #include "services/common/durable_file.h"
 #include "services/intake/intake.h"
@@ -145,7 +145,7 @@ Taken convert(const QString &pduFile, qint64 limit, const service::NewFile &mail
 
 } // namespace
 
-Taken Intake::take(const QString &pduFile, const QString &mailFile) const
+Taken MailFileWriter::take(const QString &pduFile, const QString &mailFile) const
 {
     service::NewFile mail(mailFile);
     if (!mail.isOpen()) {

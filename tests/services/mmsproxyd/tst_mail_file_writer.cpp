@@ -3,7 +3,7 @@
 
 // What becomes a mail file; how messages are made readable is tested with services/intake.
 
-#include "services/mmsproxyd/intake.h"
+#include "services/mmsproxyd/mail_file_writer.h"
 
 #include "mms/model/mail_file.h"
 #include "mms/model/mms_msgdb_type.h"
@@ -19,7 +19,7 @@
 
 #include <sys/resource.h>
 
-using wmsg::proxy::Intake;
+using wmsg::proxy::MailFileWriter;
 using wmsg::proxy::Taken;
 using Kind = Taken::Kind;
 
@@ -33,7 +33,7 @@ const char *const kBody = "84 A3 01  04 02 03 83 81 EA 48 69";
 
 } // namespace
 
-class TestMessageIntake : public QObject {
+class TestMailFileWriter : public QObject {
     Q_OBJECT
 
 private slots:
@@ -62,7 +62,7 @@ private:
     QString path(const QString &name) const { return m_folder->filePath(name); }
     Taken take(const QByteArray &pdu, qint64 limit = 1000000)
     {
-        return Intake(limit).take(fileWith(path("pdu"), pdu), path("mail"));
+        return MailFileWriter(limit).take(fileWith(path("pdu"), pdu), path("mail"));
     }
     Taken takeHex(const QByteArray &hex) { return take(fromHex(hex)); }
     QStringList files() const
@@ -73,7 +73,7 @@ private:
     std::unique_ptr<QTemporaryDir> m_folder;
 };
 
-void TestMessageIntake::bytesStayAsTheyAre()
+void TestMailFileWriter::bytesStayAsTheyAre()
 {
     const QByteArray pdu = fromHex(kHead) + fromHex(kBody);
     const Taken taken = take(pdu);
@@ -93,7 +93,7 @@ void TestMessageIntake::bytesStayAsTheyAre()
     QCOMPARE(message.getFrom().getEntryVal(), "+123");
 }
 
-void TestMessageIntake::lengthsAndTypeAreTold()
+void TestMailFileWriter::lengthsAndTypeAreTold()
 {
     const QByteArray head = fromHex(kHead) + fromHex("84 A3");
     QCOMPARE(takeHex(QByteArray(kHead) + kBody).kind, Kind::Message);
@@ -103,7 +103,7 @@ void TestMessageIntake::lengthsAndTypeAreTold()
              toHex(QByteArray(prefix.data(), qsizetype(prefix.size()))));
 }
 
-void TestMessageIntake::applicationIsTold()
+void TestMailFileWriter::applicationIsTold()
 {
     WMMSMsg message;
     message.setPDUType(0x84);
@@ -118,14 +118,14 @@ void TestMessageIntake::applicationIsTold()
     QCOMPARE(taken.applicationId, "chess");
 }
 
-void TestMessageIntake::withoutTransaction()
+void TestMailFileWriter::withoutTransaction()
 {
     const Taken taken = takeHex(QByteArray("8C 84 8D 90 89 01 81") + kBody);
     QCOMPARE(taken.kind, Kind::Message);
     QVERIFY(taken.transactionId.isNull());
 }
 
-void TestMessageIntake::withoutContent()
+void TestMailFileWriter::withoutContent()
 {
     const Taken taken = takeHex(kHead);
     QCOMPARE(taken.kind, Kind::Message);
@@ -134,7 +134,7 @@ void TestMessageIntake::withoutContent()
     QCOMPARE(qFromLittleEndian<quint32>(mail.constData() + 8), 0U);
 }
 
-void TestMessageIntake::repairsAreCounted()
+void TestMailFileWriter::repairsAreCounted()
 {
     const Taken taken = takeHex(QByteArray(kHead) + "B1 81" + kBody);
     QCOMPARE(taken.kind, Kind::Message);
@@ -142,7 +142,7 @@ void TestMessageIntake::repairsAreCounted()
     QCOMPARE(toHex(contentOf(path("mail")).mid(16)), toHex(fromHex(kHead) + fromHex(kBody)));
 }
 
-void TestMessageIntake::lossIsTold()
+void TestMailFileWriter::lossIsTold()
 {
     const Taken taken = takeHex(QByteArray(kHead) + "84 A3 02  04 02 03 83 81 EA 48 69");
     QCOMPARE(taken.kind, Kind::Message);
@@ -153,7 +153,7 @@ void TestMessageIntake::lossIsTold()
     QCOMPARE(message.getMultiParts().getSubMmsMultipartList().size(), 1);
 }
 
-void TestMessageIntake::statuses_data()
+void TestMailFileWriter::statuses_data()
 {
     QTest::addColumn<QByteArray>("status");
     QTest::addColumn<Taken::Kind>("kind");
@@ -174,7 +174,7 @@ void TestMessageIntake::statuses_data()
         "the MMSC has no message, retrieve status 226: gone x");
 }
 
-void TestMessageIntake::statuses()
+void TestMailFileWriter::statuses()
 {
     QFETCH(QByteArray, status);
     for (const char *body : {kBody, ""}) {
@@ -188,7 +188,7 @@ void TestMessageIntake::statuses()
     }
 }
 
-void TestMessageIntake::unreadable_data()
+void TestMailFileWriter::unreadable_data()
 {
     QTest::addColumn<QByteArray>("pdu");
     QTest::addColumn<bool>("hasOffset");
@@ -204,7 +204,7 @@ void TestMessageIntake::unreadable_data()
         << fromHex("8C 87 98 54 31 00 8D 90 89 01 81 84 A3 00") << false;
 }
 
-void TestMessageIntake::unreadable()
+void TestMailFileWriter::unreadable()
 {
     QFETCH(QByteArray, pdu);
     const Taken taken = take(pdu);
@@ -216,7 +216,7 @@ void TestMessageIntake::unreadable()
 }
 
 /// Whatever is called a message is one for a session, and nothing else leaves a file.
-void TestMessageIntake::everyPrefix()
+void TestMailFileWriter::everyPrefix()
 {
     const QByteArray pdu = fromHex(kHead) + fromHex(kBody);
     for (qsizetype size = 0; size < pdu.size(); ++size) {
@@ -230,7 +230,7 @@ void TestMessageIntake::everyPrefix()
     }
 }
 
-void TestMessageIntake::sizeLimit()
+void TestMailFileWriter::sizeLimit()
 {
     const QByteArray pdu = fromHex(kHead) + fromHex(kBody);
     QCOMPARE(take(pdu, pdu.size()).kind, Kind::Message);
@@ -239,23 +239,23 @@ void TestMessageIntake::sizeLimit()
     QCOMPARE(taken.reason, QString("it has more than %1 bytes").arg(pdu.size() - 1));
 }
 
-void TestMessageIntake::missingFile()
+void TestMailFileWriter::missingFile()
 {
-    const Taken taken = Intake(1000).take(path("missing"), path("mail"));
+    const Taken taken = MailFileWriter(1000).take(path("missing"), path("mail"));
     QCOMPARE(taken.kind, Kind::Failed);
     QVERIFY(taken.mayPass());
     QCOMPARE(taken.reason, path("missing") + ": No such file or directory");
 }
 
-void TestMessageIntake::missingFolder()
+void TestMailFileWriter::missingFolder()
 {
     const Taken taken =
-        Intake(1000).take(fileWith(path("pdu"), fromHex(kHead)), path("no/such/mail"));
+        MailFileWriter(1000).take(fileWith(path("pdu"), fromHex(kHead)), path("no/such/mail"));
     QCOMPARE(taken.kind, Kind::Failed);
     QCOMPARE(taken.reason, path("no/such/mail") + ": No such file or directory");
 }
 
-void TestMessageIntake::diskIsFull()
+void TestMailFileWriter::diskIsFull()
 {
     const QString pdu =
         fileWith(path("pdu"), fromHex(kHead) + fromHex("84 9E") + QByteArray(100000, 'x'));
@@ -264,19 +264,19 @@ void TestMessageIntake::diskIsFull()
     ::signal(SIGXFSZ, SIG_IGN);
     const rlimit small = {50000, before.rlim_max};
     ::setrlimit(RLIMIT_FSIZE, &small);
-    const Taken taken = Intake(1000000).take(pdu, path("mail"));
+    const Taken taken = MailFileWriter(1000000).take(pdu, path("mail"));
     ::setrlimit(RLIMIT_FSIZE, &before);
     QCOMPARE(taken.kind, Kind::Failed);
     QCOMPARE(taken.reason, path("mail") + ": File too large");
     QCOMPARE(files(), QStringList{"pdu"});
 }
 
-void TestMessageIntake::earlierMailFileStays()
+void TestMailFileWriter::earlierMailFileStays()
 {
     fileWith(path("mail"), "as it was");
     QCOMPARE(take("no PDU").kind, Kind::Unreadable);
     QCOMPARE(contentOf(path("mail")), "as it was");
 }
 
-QTEST_GUILESS_MAIN(TestMessageIntake)
-#include "tst_message_intake.moc"
+QTEST_GUILESS_MAIN(TestMailFileWriter)
+#include "tst_mail_file_writer.moc"
