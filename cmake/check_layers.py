@@ -30,8 +30,10 @@ RECORDS = ["mms/session/", "platform/telephony/telephony_records_p.h", "platform
 FREE = ["tests", "bench", "fuzz"]
 
 # What the programs share, and who may use it beside the services.
-SHARED_PIECES = "services/common/"
-SHARING = ["tools", "sim"]
+SHARED_PIECES = {
+    "tools": ("services/common/", "services/intake/", "services/sms_pdu/"),
+    "sim": ("services/common/", "services/sms_pdu/"),
+}
 
 # The only files that may look up, and where to.
 DOORS = {
@@ -80,7 +82,7 @@ def problem_of(path, quoted, target, tree, public):
     other = room_of(target)
     if room in FREE or (other == room and (quoted or room not in ROOMS)):
         return None
-    if room in SHARING and quoted and target.startswith(SHARED_PIECES):
+    if quoted and target.startswith(SHARED_PIECES.get(room, ())):
         return None
     if room in INSTALLED_ONLY:
         if quoted:

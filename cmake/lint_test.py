@@ -90,6 +90,14 @@ class Layers(unittest.TestCase):
             tree[path] = '#include "services/mmsproxyd/spool.h"\n'
             self.assertEqual(len(check_layers.check(tree)), 1)
 
+    def test_each_program_shares_what_it_needs(self):
+        shared = {"services/intake/intake.h": "", "services/sms_pdu/tpdu.h": ""}
+        both = "".join(f'#include "{name}"\n' for name in shared)
+        self.assertEqual(check_layers.check({**self.BELOW, **shared, "tools/wmsg/a.cpp": both}), [])
+        problems = check_layers.check({**self.BELOW, **shared, "sim/modem/a.cpp": both})
+        self.assertEqual(len(problems), 1, problems)
+        self.assertIn("services/intake/intake.h is the library's", problems[0])
+
     def test_services_use_the_records_of_their_clients_and_no_more(self):
         private = {"mms/session/mms_ua_cmd_p.h": "", "platform/telephony/telephony_records_p.h": "",
                    "platform/telephony/telephony_client_p.h": ""}

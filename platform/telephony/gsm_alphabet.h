@@ -33,17 +33,39 @@ inline constexpr GsmExtension kGsmExtensions[] = {
     {0x3C, u'['},  {0x3D, u'~'}, {0x3E, u']'}, {0x40, u'|'}, {0x65, u'\u20AC'},
 };
 
-/// gsmSeptets returns how many septets `character` takes: 1, 2, or 0 when it is in neither table.
-[[nodiscard]] constexpr int gsmSeptets(char16_t character)
+/// gsmCode returns the septet that is `character`, or the septet of the extension table with the
+/// septet 27 in the byte above it; -1 when it is in neither table.
+[[nodiscard]] constexpr int gsmCode(char16_t character)
 {
     for (int septet = 0; septet < kGsmAlphabetSize; ++septet) {
         if (kGsmAlphabet[septet] == character && septet != kGsmEscape) {
-            return 1;
+            return septet;
         }
     }
     for (const GsmExtension &row : kGsmExtensions) {
         if (row.character == character) {
-            return 2;
+            return kGsmEscape << 8 | row.septet;
+        }
+    }
+    return -1;
+}
+
+/// gsmSeptets returns how many septets `character` takes: 1, 2, or 0 when it is in neither table.
+[[nodiscard]] constexpr int gsmSeptets(char16_t character)
+{
+    const int code = gsmCode(character);
+    if (code < 0) {
+        return 0;
+    }
+    return code < kGsmAlphabetSize ? 1 : 2;
+}
+
+/// gsmExtension returns what `septet` stands for behind the septet 27; 0 when that is nothing.
+[[nodiscard]] constexpr char16_t gsmExtension(quint8 septet)
+{
+    for (const GsmExtension &row : kGsmExtensions) {
+        if (row.septet == septet) {
+            return row.character;
         }
     }
     return 0;
