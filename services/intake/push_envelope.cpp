@@ -81,6 +81,25 @@ qsizetype findPdu(QByteArrayView bytes)
     return -1;
 }
 
+/// Whether a PDU whose first field is another one begins here: its message type follows.
+bool isHeaderInOtherOrder(QByteArrayView bytes)
+{
+    constexpr quint8 kFirstField = 0x81;
+    constexpr quint8 kLastField = 0x98;
+    constexpr quint8 kContentType = 0x84;
+    WSP_Stream stream = streamOver(bytes);
+    quint8 id = 0;
+    while (stream.readByte(id) && id >= kFirstField && id <= kLastField && id != kContentType) {
+        if (id == kMessageType) {
+            return true;
+        }
+        if (!skipValue(stream)) {
+            return false;
+        }
+    }
+    return false;
+}
+
 bool readPush(QByteArrayView push, QByteArrayView &pdu, Journal &journal)
 {
     WSP_Stream stream = streamOver(push);
@@ -101,7 +120,7 @@ bool readPush(QByteArrayView push, QByteArrayView &pdu, Journal &journal)
     }
     const qsizetype begin = isLengthPossible ? headers + qint32(length) : push.size();
     pdu = push.sliced(begin);
-    if (byteAt(pdu, 0) == kMessageType) {
+    if (byteAt(pdu, 0) == kMessageType || isHeaderInOtherOrder(pdu)) {
         return true;
     }
     const qsizetype found = findPdu(push.sliced(headers));
@@ -119,11 +138,12 @@ bool readPush(QByteArrayView push, QByteArrayView &pdu, Journal &journal)
 bool unwrapped(QByteArrayView bytes, QByteArrayView &pdu, Journal &journal)
 {
     pdu = bytes;
-    if (byteAt(bytes, 0) == kMessageType) {
-        return true;
-    }
+    // A push may have any transaction, and 8C too; no message is of type 06 or 07.
     if (isPush(bytes)) {
         return readPush(bytes, pdu, journal);
+    }
+    if (byteAt(bytes, 0) == kMessageType) {
+        return true;
     }
     const auto header = readUserDataHeader(bytes);
     if (!header || !isPush(bytes.sliced(header->end))) {

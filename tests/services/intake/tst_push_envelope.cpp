@@ -41,6 +41,17 @@ void TestPushEnvelope::unwrapped_data()
     row("push with the application id of MMS", push("BE AF 84"));
     row("push with another application id", push("BE AF 81"));
     row("confirmed push", fromHex("01 07 01 BE") + kPdu);
+    row("push of the transaction 8C", fromHex("8C 06 03 BE AF 84") + kPdu);
+    row("push of the highest transaction", fromHex("FF 06 03 BE AF 84") + kPdu);
+    row("length of the push headers in two bytes", fromHex("01 06 80 03 BE AF 84") + kPdu);
+    row("type in its long form", push("02 01 3E"));
+    row("type in its general form, by name",
+        push("1F 22 6170706C69636174696F6E2F766E642E7761702E6D6D732D6D65737361676500 81 EA"));
+    row("application id as a text",
+        push("BE AF 782D7761702D6170706C69636174696F6E3A6D6D732E756100"));
+    row("application id as a long number", push("BE AF 01 04"));
+    row("headers in text", push("BE 582D41 00 62 00"));
+    row("other headers before and behind", push("BE 8D 90 AF 84 B4 84"));
     row("type in its general form", push("03 BE 81 EA AF 84"));
     row("type as a text", push("6170706C69636174696F6E2F766E642E7761702E6D6D732D6D65737361676500"));
     row("type as a text in other letters",
