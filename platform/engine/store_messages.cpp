@@ -179,8 +179,8 @@ bool isUtf8(QByteArrayView bytes)
 /// The charset of a part: that of its header text, when it is UTF-8 and true.
 QByteArray charsetOf(const char *headerText, QByteArrayView bytes)
 {
-    const QByteArray line = QByteArray(headerText).toLower();
-    const QList<QByteArray> pieces = line.left(line.indexOf('\r')).split(';');
+    const QByteArray line = QByteArray(headerText).toLower().split('\r').first();
+    const QList<QByteArray> pieces = line.split(';');
     return pieces.contains("charset=utf-8") && isUtf8(bytes) ? QByteArray("utf-8") : QByteArray();
 }
 

@@ -283,6 +283,9 @@ void TestMmsEngController::charset_data()
     const char *labelled = "Content-Type:text/plain;charset=utf-8;name=a\r\nContent-ID:b";
     QTest::newRow("named") << QByteArray(labelled) << QByteArray("é")
                            << "\"text/plain;charset=utf-8\"";
+    QTest::newRow("named in the only line")
+        << QByteArray("Content-Type:text/plain;charset=utf-8;name=a") << QByteArray("é")
+        << "\"text/plain;charset=utf-8\"";
     QTest::newRow("not true") << QByteArray(labelled) << QByteArray("\xE9") << "\"text/plain\"";
     QTest::newRow("not named") << QByteArray("Content-Type:text/plain;") << QByteArray("a")
                                << "\"text/plain\"";
