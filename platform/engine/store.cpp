@@ -324,7 +324,10 @@ int Store::refuseSql(const QSqlError &error)
     if (result == MMS_ENG_BUSY && m_mayBeBusy) {
         return result;
     }
-    return refuse(result, QStringLiteral("the store %1: %2").arg(m_path, error.databaseText()));
+    const QString what = result == MMS_ENG_BUSY
+        ? QStringLiteral("others held the store %1 for too long: %2")
+        : QStringLiteral("the store %1: %2");
+    return refuse(result, what.arg(m_path, error.databaseText()));
 }
 
 int Store::refuseUnknown(unsigned short id)

@@ -160,6 +160,7 @@ private slots:
     void noDatabase();
     void otherDatabase();
     void damagedDatabase();
+    void busy();
 };
 
 // The bytes are safe before the row that names them.
@@ -301,6 +302,53 @@ void TestStoreRefusals::damagedDatabase()
     QCOMPARE(log.lines(),
              QStringList{"MMS engine: the store " + root.store()
                          + ": database disk image is malformed\n"});
+}
+
+// Writers wait ten seconds for another one; here the wait is cut short. Readers do not wait.
+void TestStoreRefusals::busy()
+{
+    const StorageRoot root;
+    QCOMPARE(stored(root), QString("id 1"));
+    const QStringList engines = QSqlDatabase::connectionNames().filter("wmsg-engine-");
+    QCOMPARE(engines.size(), 1); // of the store that is open
+    {
+        QSqlQuery wait(QSqlDatabase::database(engines.first()));
+        QVERIFY(wait.exec("PRAGMA busy_timeout") && wait.next());
+        QCOMPARE(wait.value(0).toInt(), 10000);
+        QVERIFY(wait.exec("PRAGMA busy_timeout = 1"));
+        auto other = QSqlDatabase::addDatabase("QSQLITE", "writer");
+        other.setDatabaseName(root.store() + "messages.db");
+        QVERIFY(other.open());
+        QSqlQuery writer(other);
+        QVERIFY(writer.exec("BEGIN IMMEDIATE"));
+        const QString line =
+            "MMS engine: others held the store " + root.store() + " for too long: ";
+        QCOMPARE(stored(root), "8 " + line + "database is locked");
+        const HeaderRecord header;
+        BodyRecord body("text/plain");
+        body.add("text/plain", "other");
+        const MMS_MOMT_STATUS_T status = {1, nullptr, 0, nullptr, 0};
+        LogCapture log;
+        QCOMPARE(root->UpdateMMS(2, 1, &header, &body), int(MMS_ENG_BUSY));
+        QCOMPARE(root->DeleteMMS(1), int(MMS_ENG_BUSY));
+        QCOMPARE(root->MoveMMS(1, 2), int(MMS_ENG_BUSY));
+        QCOMPARE(root->SetMMSMoMtStatus(1, &status), int(MMS_ENG_BUSY));
+        QCOMPARE(log.lines(), QStringList(4, line + "database is locked\n"));
+        log.clear();
+        HeaderRecord readHeader;
+        BodyRecord readBody;
+        Id folder = 0;
+        QCOMPARE(root->ReadMMSHdr(1, &readHeader), int(MMS_ENG_OK));
+        QCOMPARE(root->ReadMMSBody(1, &readBody), int(MMS_ENG_OK));
+        QCOMPARE(readBody.bytes(0), QByteArray("text"));
+        QCOMPARE(root->FindMMS(1, &folder), int(MMS_ENG_OK));
+        QCOMPARE(folder, Id(1));
+        QCOMPARE(log.lines(), QStringList());
+        QVERIFY(writer.exec("ROLLBACK"));
+    }
+    QSqlDatabase::removeDatabase("writer");
+    QCOMPARE(stored(root), QString("id 2"));
+    QCOMPARE(root.partFiles(), (QStringList{"1.part", "2.part"}));
 }
 
 QTEST_GUILESS_MAIN(TestStoreRefusals)
