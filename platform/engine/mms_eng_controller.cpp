@@ -124,6 +124,11 @@ int MMS_ENG_Controller::ReadMMSMoMtStatus(unsigned short msgId, MMS_MOMT_STATUS_
     if (auto *store = openStore(result)) {
         result = store->readStatus(msgId, *status);
     }
+    if (result != MMS_ENG_OK) {
+        std::free(status->errorText);
+        std::free(status->statusText);
+        *status = {};
+    }
     return result;
 }
 
