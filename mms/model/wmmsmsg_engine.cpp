@@ -128,7 +128,9 @@ struct OutgoingRecords {
     ~OutgoingRecords()
     {
         MMS_ENG_Controller::Instance()->FreeMMSHdr(&header);
-        MMS_ENG_Controller::Instance()->FreeMMSBdy(body);
+        if (body) {
+            MMS_ENG_Controller::Instance()->FreeMMSBdy(body);
+        }
         std::free(body);
     }
     Q_DISABLE_COPY_MOVE(OutgoingRecords)

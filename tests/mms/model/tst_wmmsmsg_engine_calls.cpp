@@ -9,6 +9,7 @@
 #include "tests/support/engine_records.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/parts.h"
+#include "tests/support/refused_memory.h"
 
 #include <QtTest/QtTest>
 
@@ -150,6 +151,7 @@ private slots:
     void update();
     void refusals();
     void tooManyParts();
+    void noMemory();
     void logOfStoring();
     void forwardable_data();
     void forwardable();
@@ -284,6 +286,24 @@ void TestWmmsmsgEngineCalls::tooManyParts()
                              : (QStringList{"free header", "free body"}));
         QCOMPARE(id, static_cast<unsigned short>(count == 40 ? 7 : 65535));
     }
+}
+
+// An engine is not given a body that is not there.
+void TestWmmsmsgEngineCalls::noMemory()
+{
+    unsigned short id = 65535;
+    {
+        const RefusedMemory none(1, sizeof(MMS_MSG_BDY_T));
+        QCOMPARE(single("image/gif").constructEngMsg(&id, 4), 209U);
+    }
+    QCOMPARE(engine.calls, QStringList{"free header"});
+    engine.calls.clear();
+    {
+        const RefusedMemory none(MMS_ENG_MAX_PARTS, sizeof(MMS_MSG_PART_T));
+        QCOMPARE(single("image/gif").constructEngMsg(&id, 4), 209U);
+    }
+    QCOMPARE(engine.calls, (QStringList{"free header", "free body"}));
+    QCOMPARE(id, static_cast<unsigned short>(65535));
 }
 
 void TestWmmsmsgEngineCalls::logOfStoring()
