@@ -5,6 +5,7 @@
 
 #include "services/intake/transfer_encoding.h"
 #include "services/intake/wire_values.h"
+#include "services/intake/xml_declaration.h"
 
 #include <algorithm>
 #include <utility>
@@ -140,6 +141,39 @@ bool isReadable(QByteArrayView bytes, const Charset &charset)
     return isCompatible ? isUtf8(bytes) : charset.keepsAscii() && isAscii(bytes);
 }
 
+/// The charset of a text: what was declared, else what an XML declaration says, which can be read
+/// in a charset of single bytes alone.
+Charset charsetOf(QByteArrayView bytes, const MediaType &type)
+{
+    const bool isOpen = !type.charset.isDeclared() || type.charset.number == Charset::kUsAscii;
+    if (!isOpen || !type.isXml()) {
+        return type.charset;
+    }
+    const Charset named = Charset::named(xmlEncoding(bytes));
+    return named.isDeclared() && named.width() == 1 ? named : type.charset;
+}
+
+/// The text in UTF-8; null when it is that already.
+std::optional<QByteArray> takeInText(QByteArrayView bytes, const MediaType &type)
+{
+    const Charset sniffed = type.charset.isDeclared() ? Charset() : utf16ByLooks(bytes);
+    if (!sniffed.isDeclared() && isReadable(bytes, type.charset)) {
+        return std::nullopt;
+    }
+    QByteArray text = toUtf8(bytes, sniffed.isDeclared() ? sniffed : charsetOf(bytes, type));
+    if (text == bytes) {
+        return std::nullopt;
+    }
+    if (type.isXml()) {
+        text = withXmlEncodingUtf8(std::move(text));
+    }
+    // The codec takes one off itself; a text loses one at most.
+    if (text.endsWith('\0') && !text.endsWith(QByteArrayView("\0\0", 2))) {
+        text.chop(1);
+    }
+    return text;
+}
+
 class MultipartReader {
 public:
     MultipartReader(Journal &journal, int depth) : m_journal(journal), m_depth(depth) { }
@@ -152,7 +186,14 @@ public:
             return std::nullopt;
         }
         m_lastByte = lastNonZero(body);
-        readParts(stream, count);
+        const bool hasAll = readParts(stream, 0, count);
+        if (const quint32 more = hasAll ? partsBehind(stream) : 0; more > 0) {
+            m_isUnchanged = false;
+            m_journal.step(
+                body.data(),
+                u"the body announces %1 parts and has %2"_s.arg(count).arg(count + more));
+            (void)readParts(stream, count, count + more);
+        }
         if (stream.pos <= m_lastByte) {
             m_journal.step(body.data() + stream.pos, u"bytes behind the last part are not read"_s);
         }
@@ -185,16 +226,30 @@ private:
         }
         return stream.readUintvar(count);
     }
-    void readParts(WSP_Stream &stream, quint32 count)
+    /// How many parts there are behind those that were counted, if there is nothing else.
+    [[nodiscard]] quint32 partsBehind(WSP_Stream stream) const
     {
-        for (quint32 i = 0; i < count; ++i) {
+        quint32 count = 0;
+        while (stream.pos <= m_lastByte) {
+            const auto extent = readExtent(stream);
+            if (!extent || extent->missing > 0 || !readPartHeader(extent->header).hasType) {
+                return 0;
+            }
+            ++count;
+        }
+        return count;
+    }
+    /// Reads the parts from the first to the last of that many; false when one is not there.
+    bool readParts(WSP_Stream &stream, quint32 first, quint32 count)
+    {
+        for (quint32 i = first; i < count; ++i) {
             const qint32 start = stream.pos;
             const bool isPossible = start <= m_lastByte && i < kMostParts;
             const auto extent = isPossible ? readExtent(stream) : std::nullopt;
             if (!extent) {
                 stream.pos = start;
                 tellMissing(stream, i, count);
-                return;
+                return false;
             }
             if (extent->missing > 0) {
                 m_journal.lost(
@@ -203,6 +258,7 @@ private:
             }
             takePart(*extent, bytesBetween(stream, start, stream.pos));
         }
+        return true;
     }
     void tellMissing(const WSP_Stream &stream, quint32 present, quint32 count)
     {
@@ -286,15 +342,9 @@ std::optional<QByteArray> takeInContent(QByteArrayView content, const MediaType 
 {
     std::optional<QByteArray> decoded = withoutTransfer(content, transfer, journal);
     const QByteArrayView bytes = decoded ? QByteArrayView(*decoded) : content;
-    if (!type.isText() || isReadable(bytes, type.charset)) {
+    std::optional<QByteArray> text = type.isText() ? takeInText(bytes, type) : std::nullopt;
+    if (!text) {
         return decoded;
-    }
-    QByteArray text = toUtf8(bytes, type.charset);
-    if (text == bytes) {
-        return decoded;
-    }
-    if (text.endsWith('\0')) {
-        text.chop(1);
     }
     journal.step(content.data(), u"a text became UTF-8"_s);
     return text;

@@ -35,7 +35,7 @@ constexpr std::array<NumberedCharset, 66> kNumbered = {{
     {105, "ISO-2022-CN-EXT"}, {106, "UTF-8"},        {109, "ISO-8859-13"}, {110, "ISO-8859-14"},
     {111, "ISO-8859-15"},     {112, "ISO-8859-16"},  {113, "GBK"},         {114, "GB18030"},
     {1000, "UTF-16BE"},       {1001, "UCS-4BE"},     {1012, "UTF-7"},      {1013, "UTF-16BE"},
-    {1014, "UTF-16LE"},       {1015, "UTF-16"},      {1017, "UTF-32"},     {1018, "UTF-32BE"},
+    {1014, "UTF-16LE"},       {1015, "UTF-16"},      {1017, "UTF-32BE"},   {1018, "UTF-32BE"},
     {1019, "UTF-32LE"},       {2009, "IBM850"},      {2010, "IBM852"},     {2011, "IBM437"},
     {2013, "IBM862"},         {2024, "CP932"},       {2025, "GB2312"},     {2026, "BIG5"},
     {2027, "MACINTOSH"},      {2028, "IBM037"},      {2046, "IBM855"},     {2084, "KOI8-R"},
@@ -50,7 +50,7 @@ struct NamedCharset {
     const char *name; ///< In lower case.
     quint32 number;
 };
-constexpr std::array<NamedCharset, 17> kNamed = {{
+constexpr std::array<NamedCharset, 22> kNamed = {{
     {"us-ascii", 3},
     {"ascii", 3},
     {"utf-8", 106},
@@ -66,6 +66,11 @@ constexpr std::array<NamedCharset, 17> kNamed = {{
     {"utf-16", 1015},
     {"utf16", 1015},
     {"unicode", 1015},
+    {"utf-32", 1017},
+    {"utf-32be", 1018},
+    {"utf-32le", 1019},
+    {"ucs-4", 1001},
+    {"iso-10646-ucs-4", 1001},
     {"ks_c_5601-1987", 38},
     {"x-sjis", 17},
 }};
@@ -251,6 +256,12 @@ bool Charset::isUtf16() const
     return number == 1000 || (number >= 1013 && number <= 1015);
 }
 
+int Charset::width() const
+{
+    const bool isUtf32 = number == 1001 || (number >= 1017 && number <= 1019);
+    return isUtf16() ? 2 : isUtf32 ? 4 : 1;
+}
+
 bool Charset::keepsAscii() const
 {
     if (!name.isEmpty()) {
@@ -276,6 +287,29 @@ bool isUtf8(QByteArrayView bytes)
     return bytes.isValidUtf8();
 }
 
+Charset utf16ByLooks(QByteArrayView bytes)
+{
+    constexpr quint32 kUtf16Be = 1013;
+    constexpr quint32 kUtf16Le = 1014;
+    const bool isEven = bytes.size() % 2 == 0;
+    while (bytes.endsWith('\0')) {
+        bytes.chop(1);
+    }
+    if (!bytes.contains('\0')) {
+        return {};
+    }
+    std::array<qsizetype, 2> zeros{};
+    for (qsizetype i = 0; i < bytes.size(); ++i) {
+        zeros.at(size_t(i % 2)) += bytes[i] == 0 ? 1 : 0;
+    }
+    const qsizetype units = (bytes.size() + 1) / 2;
+    if (zeros[1] == 0 && zeros[0] * 2 >= units) {
+        return {kUtf16Be, {}};
+    }
+    const bool isLittle = zeros[0] == 0 && isEven && (zeros[1] + 1) * 2 >= units;
+    return isLittle ? Charset{kUtf16Le, {}} : Charset();
+}
+
 QByteArray toUtf8(QByteArrayView bytes, const Charset &charset)
 {
     if (charset.isUtf16()) {
@@ -288,7 +322,11 @@ QByteArray toUtf8(QByteArrayView bytes, const Charset &charset)
     if (goesByLooks) {
         return byLooks(bytes, isDeclaredUtf8);
     }
-    Converter converter(iconvName(charset));
+    constexpr quint32 kUtf32 = 1017;
+    constexpr quint32 kUtf32Le = 1019;
+    const bool isLittle =
+        charset.number == kUtf32 && bytes.startsWith(QByteArrayView("\xFF\xFE\0\0", 4));
+    Converter converter(iconvName(isLittle ? Charset{kUtf32Le, {}} : charset));
     return converter.isOpen() ? withoutMark(converter.convert(bytes)) : byLooks(bytes, false);
 }
 

@@ -24,6 +24,8 @@ struct Charset {
     [[nodiscard]] bool isDeclared() const { return number != 0 || !name.isEmpty(); }
     /// Whether its characters have two bytes.
     [[nodiscard]] bool isUtf16() const;
+    /// How many bytes a character has at least: 1, 2 or 4.
+    [[nodiscard]] int width() const;
     /// Whether bytes below 128 are the characters of US-ASCII in it, wherever they stand.
     [[nodiscard]] bool keepsAscii() const;
 };
@@ -33,6 +35,11 @@ struct Charset {
 
 /// isUtf8 tells whether the bytes are UTF-8 as they stand.
 [[nodiscard]] bool isUtf8(QByteArrayView bytes);
+
+/// utf16ByLooks returns the order of UTF-16 that `bytes` are although nothing says so: that in
+/// which half of the characters or more begin, or end, with a zero, as they do in no text of single
+/// bytes. Nothing declared when they are not.
+[[nodiscard]] Charset utf16ByLooks(QByteArrayView bytes);
 
 /// toUtf8 returns the text that `bytes` are in `charset`, in UTF-8 and without a byte order mark.
 ///

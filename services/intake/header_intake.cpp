@@ -6,6 +6,7 @@
 #include "services/intake/address.h"
 #include "services/intake/wire_values.h"
 
+#include <algorithm>
 #include <array>
 #include <optional>
 
@@ -58,6 +59,8 @@ enum Id : quint8 {
     RetrieveStatus = 0x19,
     RetrieveText = 0x1A,
     ReadStatus = 0x1B,
+    PreviouslySentBy = 0x20,
+    PreviouslySentDate = 0x21,
     ApplicationId = 0x37,
     ReplyApplicationId = 0x38,
     ApplicationInfo = 0x39,
@@ -81,19 +84,20 @@ QString fieldName(quint8 id)
     return u"field 0x%1"_s.arg(QString::number(id | kHighBit, 16).toUpper());
 }
 
-bool isClass(const QByteArray &text, quint8 &code)
+// What stands for the codes from 128 on.
+constexpr std::array<const char *, 4> kClasses = {"personal", "advertisement", "informational",
+                                                  "auto"};
+constexpr std::array<const char *, 3> kPriorities = {"low", "normal", "high"};
+constexpr std::array<const char *, 2> kAnswers = {"yes", "no"};
+
+/// The code of a name; 0 when it is none of these.
+template <size_t Count>
+quint8 codeOf(const QByteArray &text, const std::array<const char *, Count> &names)
 {
-    constexpr std::array<const char *, 4> kNames = {"personal", "advertisement", "informational",
-                                                    "auto"};
     const QByteArray lower = text.trimmed().toLower();
-    for (size_t i = 0; i < kNames.size(); ++i) {
-        if (lower == kNames.at(i)) {
-            code = static_cast<quint8>(kHighBit + i);
-            return true;
-        }
-    }
-    code = kHighBit;
-    return false;
+    const auto *found = std::find_if(names.begin(), names.end(),
+                                     [&lower](const char *name) { return lower == name; });
+    return found == names.end() ? 0 : static_cast<quint8>(kHighBit + (found - names.begin()));
 }
 
 class HeaderReader {
@@ -139,7 +143,10 @@ private:
     {
         const qint32 start = m_stream.pos;
         const auto name = readText(m_stream);
-        if (!readText(m_stream)) {
+        // The value is a text; some have a length in front.
+        const int first = peekByte(m_stream);
+        const bool isCounted = first >= 0 && first <= kLengthQuote;
+        if (!(isCounted ? skipValue(m_stream) : readText(m_stream).has_value())) {
             return false;
         }
         m_journal.step(at(start),
@@ -287,57 +294,94 @@ private:
         constexpr int kHighestOwn = 2;
         const int byte = peekByte(m_stream);
         if (byte < 0 || byte > kHighestOwn) {
-            return readCode(nullptr);
+            return beginsWord(byte) ? readWord(kPriorities) : readCode(nullptr);
         }
         ++m_stream.pos;
         return Fate::Kept;
+    }
+    static bool beginsWord(int byte) { return byte > kLengthQuote && byte < kHighBit; }
+    /// A code that is written as a text.
+    template <size_t Count> Fate readWord(const std::array<const char *, Count> &names)
+    {
+        const auto text = readText(m_stream);
+        const quint8 code = codeOf(text->utf8, names);
+        return code == 0 ? changed(u"a field that has another form was left out"_s)
+                         : changed(u"a code was a text"_s, QByteArray(1, static_cast<char>(code)));
     }
     Fate readFlag()
     {
         const int byte = peekByte(m_stream);
         if (byte != kYes && byte != kNo) {
-            return leaveOut();
+            return beginsWord(byte) ? readWord(kAnswers) : leaveOut();
         }
         ++m_stream.pos;
         return Fate::Kept;
     }
     Fate readClass()
     {
-        const int first = peekByte(m_stream);
-        if (first <= kLengthQuote || first >= kHighBit) {
+        if (!beginsWord(peekByte(m_stream))) {
             return readCode(nullptr);
         }
-        quint8 code = 0;
         const auto text = readText(m_stream);
-        const bool isKnown = isClass(text->utf8, code);
+        const quint8 code = codeOf(text->utf8, kClasses);
         return changed(
-            isKnown ? u"the message class is a text"_s
-                    : u"the message class \"%1\" became personal"_s.arg(text->string().left(40)),
-            QByteArray(1, static_cast<char>(code)));
+            code != 0 ? u"the message class is a text"_s
+                      : u"the message class \"%1\" became personal"_s.arg(text->string().left(40)),
+            QByteArray(1, static_cast<char>(code != 0 ? code : kHighBit)));
     }
     Fate readNumberField() { return readNumber(m_stream) ? Fate::Kept : leaveOut(); }
+    // time := value-length token number
     Fate readTime()
     {
         const qint32 start = m_stream.pos;
+        const int first = peekByte(m_stream);
         quint32 length = 0;
-        if (peekByte(m_stream) > kLengthQuote || !m_stream.readValueLength(length)
+        if (first == kFirstToken || first == kSecondToken) {
+            return readBareTime();
+        }
+        if (first > kLengthQuote || !m_stream.readValueLength(length)
             || length > quint32(m_stream.remaining())) {
             m_stream.pos = start;
             return leaveOut();
         }
         const qint32 end = m_stream.pos + static_cast<qint32>(length);
-        WSP_Stream value(m_stream.data, end);
-        value.pos = m_stream.pos;
-        m_stream.pos = end;
         quint8 token = 0;
-        value.readByte(token);
-        const auto number = readNumber(value);
+        m_stream.readByte(token);
+        const auto number = readNumber(m_stream);
         if (!number || (token != kFirstToken && token != kSecondToken)) {
+            m_stream.pos = end;
             return changed(u"a time of another form was left out"_s);
         }
-        return value.pos == end ? Fate::Kept
-                                : changed(u"bytes behind a time were left out"_s,
-                                          withValueLength(char(token) + writtenNumber(*number)));
+        if (m_stream.pos == end) {
+            return Fate::Kept;
+        }
+        moveBehind(end);
+        return changed(u"the length of a time was wrong"_s,
+                       withValueLength(char(token) + writtenNumber(*number)));
+    }
+    /// A time whose length is missing. No field begins with the length of a number.
+    Fate readBareTime()
+    {
+        constexpr int kLongestTime = 8;
+        const qint32 start = m_stream.pos;
+        quint8 token = 0;
+        m_stream.readByte(token);
+        const int length = peekByte(m_stream);
+        const auto number =
+            length > 0 && length <= kLongestTime ? readNumber(m_stream) : std::nullopt;
+        if (!number) {
+            m_stream.pos = start;
+            return leaveOut();
+        }
+        return changed(u"a time had no length"_s,
+                       withValueLength(char(token) + writtenNumber(*number)));
+    }
+    /// Moves behind a value that has ended here and whose length says that it ends elsewhere. One
+    /// that is too short, or takes the next field in, is wrong.
+    void moveBehind(qint32 end)
+    {
+        const bool isTooLong = m_stream.pos < end && peekByte(m_stream) >= kHighBit;
+        m_stream.pos = isTooLong ? m_stream.pos : qMax(m_stream.pos, end);
     }
     Fate readTextTo(QString *fact, bool isTrimmed)
     {
@@ -405,36 +449,49 @@ private:
         if (!m_stream.readValueLength(length) || length > quint32(m_stream.remaining())) {
             return readOverrunFrom(start);
         }
-        const qint32 end = m_stream.pos + static_cast<qint32>(length);
-        WSP_Stream value(m_stream.data, end);
-        value.pos = m_stream.pos;
-        m_stream.pos = end;
-        return readFromValue(value);
+        return readFromValue(m_stream.pos + static_cast<qint32>(length));
     }
-    Fate readFromValue(WSP_Stream &value)
+    Fate readFromValue(qint32 end)
     {
-        const int token = peekByte(value);
-        if (token == kSecondToken && value.remaining() == 1) {
-            return Fate::Kept; // insert-address: nobody
-        }
+        const int token = m_stream.pos < end ? peekByte(m_stream) : -1;
         if (token == kSecondToken || token < 0) {
-            return changed(u"a sender that is none was left out"_s);
+            m_stream.pos += token < 0 ? 0 : 1;
+            const bool isNobody = token == kSecondToken && m_stream.pos == end; // insert-address
+            moveBehind(end);
+            return isNobody ? Fate::Kept : changed(u"a sender that is none was left out"_s);
         }
-        if (token == kFirstToken) {
-            ++value.pos;
-        }
+        m_stream.pos += token == kFirstToken ? 1 : 0;
+        WSP_Stream value(m_stream.data, endOfSender(end));
+        value.pos = m_stream.pos;
         const int first = peekByte(value);
         const auto text = readEncodedText(value);
         if (!text) {
+            m_stream.pos = end;
             return changed(u"a sender that cannot be read was left out"_s);
         }
+        m_stream.pos = value.pos;
         const QByteArray address = plainAddress(text->utf8);
-        // The codec reads a text to its NUL, wherever the length ends.
         const bool hasEnd = (first > 0 && first <= kLengthQuote) || *at(value.pos - 1) == 0;
-        const bool isWhole = token == kFirstToken && value.pos == value.size && hasEnd;
+        const bool isWhole = token == kFirstToken && value.pos == end && hasEnd;
         const bool isSame = text->isPlain && address == text->utf8 && !address.isEmpty();
+        moveBehind(end);
         return isWhole && isSame ? Fate::Kept
                                  : writeFrom(address, u"the sender was written anew"_s);
+    }
+    /// How far a sender may reach that should end at `end`. A text goes on to its NUL, unless a
+    /// field begins first.
+    [[nodiscard]] qint32 endOfSender(qint32 end) const
+    {
+        const int first = m_stream.pos < end ? peekByte(m_stream) : -1;
+        if (first > 0 && first <= kLengthQuote) {
+            return m_stream.size; // it has a length of its own
+        }
+        const QByteArrayView text = bytesBetween(m_stream, m_stream.pos, end);
+        const int next = end < m_stream.size ? static_cast<quint8>(*at(end)) : -1;
+        const bool goesOn = !text.contains('\0') && (next == 0 || beginsWord(next));
+        const qsizetype nul =
+            goesOn ? bytesBetween(m_stream, end, m_stream.size).indexOf('\0') : -1;
+        return nul < 0 ? end : end + static_cast<qint32>(nul) + 1;
     }
     Fate writeFrom(const QByteArray &address, const QString &step)
     {
@@ -483,6 +540,10 @@ private:
         case ReadStatus:
             m_header.facts.readStatus = code;
             break;
+        case PreviouslySentBy:
+        case PreviouslySentDate:
+            takeForwarding(id, value);
+            break;
         case ApplicationId:
             m_application = textOfValue(value);
             break;
@@ -494,6 +555,22 @@ private:
             break;
         default:
             break;
+        }
+    }
+    // previously-sent := value-length count (address | date)
+    void takeForwarding(quint8 id, WSP_Stream &value)
+    {
+        quint32 length = 0;
+        if (peekByte(value) > kLengthQuote || !value.readValueLength(length)
+            || !readNumber(value)) {
+            return;
+        }
+        if (id == PreviouslySentDate) {
+            if (const auto date = readNumber(value)) {
+                m_header.facts.previousDates.append(*date);
+            }
+        } else if (const auto address = readEncodedText(value)) {
+            m_header.facts.previousSenders.append(address->string());
         }
     }
     static QByteArray textOfValue(WSP_Stream &value)

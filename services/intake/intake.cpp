@@ -59,7 +59,8 @@ bool takeInMultipartBody(QByteArrayView bytes, const Header &header, Body &body,
     body.content = std::move(*content);
     if (!isPlainMultipart(header.contentType)) {
         journal.step(header.contentTypeField.data(), u"the content type was written anew"_s);
-        body.contentType = writtenHeaderType(header.contentType);
+        const MediaType &type = header.contentType;
+        body.contentType = type.isMultipart() ? writtenHeaderType(type) : mixedType(type);
         body.isUnchanged = false;
     }
     return true;
@@ -100,10 +101,18 @@ void takeInSingleBody(QByteArrayView bytes, const Header &header, Body &body, Jo
     body.content = multipartOfOne(type, std::move(body.content));
 }
 
+/// Whether a body of a type that says nothing is a multipart all the same.
+bool isUnnamedMultipart(QByteArrayView bytes, const MediaType &type)
+{
+    const bool saysNothing =
+        type.isEmpty() || type.media == "*/*" || type.media.toLower() == "application/*";
+    return saysNothing && !bytes.isEmpty() && bytes.front() != 0 && isWholeMultipart(bytes);
+}
+
 Body bodyOf(QByteArrayView bytes, const Header &header, Journal &journal)
 {
     Body body;
-    if (header.contentType.isMultipart()) {
+    if (header.contentType.isMultipart() || isUnnamedMultipart(bytes, header.contentType)) {
         takeInMultipartBody(bytes, header, body, journal);
     } else {
         takeInSingleBody(bytes, header, body, journal);

@@ -8,6 +8,7 @@
 #include <QtCore/QByteArrayView>
 #include <QtCore/QList>
 #include <QtCore/QString>
+#include <QtCore/QStringList>
 
 namespace wmsg::intake {
 
@@ -29,6 +30,8 @@ struct Facts {
     quint8 retrieveStatus = 0;
     QString retrieveText;
     quint8 readStatus = 0;
+    QStringList previousSenders; ///< Who forwarded it, in the order of the header.
+    QList<quint32> previousDates; ///< When; seconds since 1970.
 };
 
 /// What a message turned out to be.

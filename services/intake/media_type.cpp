@@ -388,9 +388,13 @@ QByteArray shortNumber(int number)
 
 bool MediaType::isText() const
 {
+    return media.toLower().startsWith("text/") || isXml();
+}
+
+bool MediaType::isXml() const
+{
     const QByteArray lower = media.toLower();
-    return lower.startsWith("text/") || lower == "application/smil" || lower == "application/xml"
-        || lower == "application/smil+xml" || lower == "application/xhtml+xml";
+    return lower == "application/smil" || lower.endsWith("/xml") || lower.endsWith("+xml");
 }
 
 bool MediaType::isMultipart() const

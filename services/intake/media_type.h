@@ -33,6 +33,8 @@ struct MediaType {
     [[nodiscard]] bool isEmpty() const { return media.isEmpty(); }
     /// isText tells of text, presentations and XML, which become UTF-8.
     [[nodiscard]] bool isText() const;
+    /// isXml tells of XML alone.
+    [[nodiscard]] bool isXml() const;
     /// isMultipart tells of any multipart; isRelated of the one that has a root.
     [[nodiscard]] bool isMultipart() const;
     [[nodiscard]] bool isRelated() const;

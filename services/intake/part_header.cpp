@@ -94,7 +94,9 @@ private:
             return false;
         }
         m_location = text->utf8;
-        m_header.isPlain = m_header.isPlain && text->isPlain;
+        // An empty one makes the codec forget the name.
+        const bool hidesName = m_location.isEmpty() && !m_header.type.name.isEmpty();
+        m_header.isPlain = m_header.isPlain && text->isPlain && !hidesName;
         return true;
     }
     bool readId()
@@ -218,6 +220,7 @@ PartHeader readPartHeader(QByteArrayView bytes)
     MediaType &type = header.type;
     if (type.isEmpty()) {
         type.media = QByteArrayLiteral("application/octet-stream");
+        header.hasType = false;
         header.isPlain = false;
     }
     if (type.isMultipart() && !isFollowed(type)) {

@@ -20,6 +20,7 @@ struct PartHeader {
         location; ///< Without quotes and brackets; a name or a file name where there is none.
     QByteArray id; ///< Without quotes and brackets.
     Transfer transfer = Transfer::None;
+    bool hasType = true; ///< It said itself of what type it is.
     /// The codec reads the same from the bytes given.
     bool isPlain = true;
 };

@@ -59,16 +59,17 @@ QByteArrayView withoutQuote(QByteArrayView bytes)
     return bytes.startsWith(char(kQuote)) ? bytes.sliced(1) : bytes;
 }
 
-/// What stands in front of the first NUL of 8-bit text, or of the first that is a character of
-/// UTF-16.
+/// What stands in front of the first character that is a NUL.
 QByteArrayView withoutEnd(QByteArrayView bytes, const Charset &charset)
 {
-    if (!charset.isUtf16()) {
+    const int width = charset.width();
+    if (width == 1) {
         const qsizetype end = bytes.indexOf('\0');
         return end < 0 ? bytes : bytes.first(end);
     }
-    for (qsizetype i = 0; i + 1 < bytes.size(); i += 2) {
-        if (bytes[i] == 0 && bytes[i + 1] == 0) {
+    for (qsizetype i = 0; i + width <= bytes.size(); i += width) {
+        const QByteArrayView character = bytes.sliced(i, width);
+        if (std::all_of(character.begin(), character.end(), [](char c) { return c == 0; })) {
             return bytes.first(i);
         }
     }
@@ -93,29 +94,65 @@ bool codecSeesLength(int byte)
     return byte > 127;
 }
 
+/// Whether what `length` bytes leave of a character is there behind them.
+bool isCutInCharacter(QByteArrayView bytes, qsizetype length)
+{
+    const QByteArrayView counted = bytes.first(length);
+    return !isUtf8(counted) && isUtf8(bytes);
+}
+
+/// Where a counted text of 8-bit characters ends. Its length is wrong when a NUL and a field stand
+/// before its end, and when a text without a NUL goes on behind it.
+qsizetype endOfText(QByteArrayView bytes, qsizetype length, const Charset &charset)
+{
+    constexpr char kFirstField = '\x80';
+    constexpr char kFirstLetter = ' ';
+    const qsizetype nul = bytes.indexOf('\0');
+    if (nul < 0) {
+        return qMin(length, bytes.size());
+    }
+    if (nul < length) {
+        const bool takesFieldIn =
+            nul + 1 < length && nul + 1 < bytes.size() && (bytes[nul + 1] & kFirstField) != 0;
+        return takesFieldIn || length > bytes.size() ? nul + 1 : length;
+    }
+    const bool goesOn = bytes[length] >= kFirstLetter && bytes[length] < char(kQuote);
+    const bool mayBeCut = !charset.isDeclared() || charset.number == Charset::kUtf8;
+    return goesOn || (mayBeCut && isCutInCharacter(bytes.first(nul), length)) ? nul + 1 : length;
+}
+
 std::optional<Text> readCountedText(WSP_Stream &stream)
 {
     Attempt attempt(stream);
     quint32 length = 0;
-    if (!stream.readValueLength(length) || length > static_cast<quint32>(stream.remaining())) {
+    if (!stream.readValueLength(length)) {
         return std::nullopt;
     }
-    const qint32 end = stream.pos + static_cast<qint32>(length);
-    WSP_Stream value(stream.data, end);
-    value.pos = stream.pos;
+    const qint32 begin = stream.pos;
+    const bool isThere = length <= static_cast<quint32>(stream.remaining());
+    WSP_Stream value(stream.data, isThere ? begin + static_cast<qint32>(length) : stream.size);
+    value.pos = begin;
     const int first = peekByte(value);
     const auto charset = readCharset(value);
-    stream.pos = end;
+    const bool isCountable = charset && charset->width() == 1;
+    if (!isThere && !isCountable) {
+        return std::nullopt;
+    }
     attempt.keep();
     if (!charset) {
+        stream.pos = value.size;
         return Text{{}, false};
     }
-    const QByteArrayView bytes = bytesBetween(value, value.pos, end);
-    const QByteArrayView text = withoutQuote(bytes);
+    const QByteArrayView rest = bytesBetween(stream, value.pos, stream.size);
+    const qsizetype counted = qsizetype(length) - (value.pos - begin);
+    const qsizetype end = isCountable ? endOfText(rest, counted, *charset) : counted;
+    stream.pos = value.pos + static_cast<qint32>(end);
+    const QByteArrayView text = withoutQuote(rest.first(end));
     const QByteArrayView said = withoutEnd(text, *charset);
     Text result = textOf(said, *charset);
     const bool isNumberAsWritten = first >= 0x80 || first == 1 || first == 2;
-    result.isPlain = result.isPlain && isNumberAsWritten && endsAt(text, said.size());
+    result.isPlain =
+        result.isPlain && isNumberAsWritten && end == counted && endsAt(text, said.size());
     return result;
 }
 
@@ -191,12 +228,14 @@ std::optional<Text> readEncodedText(WSP_Stream &stream)
 
 std::optional<Charset> readCharset(WSP_Stream &stream)
 {
-    constexpr int kLongestLongInteger = 2;
+    constexpr int kLongestNumber = 2; // of bytes; more begin with zeros, as no text does
     const int first = peekByte(stream);
     if (first < 0) {
         return std::nullopt;
     }
-    if (first >= 1 && first <= kLongestLongInteger) {
+    const bool hasZeros = (first == 3 || first == 4) && stream.remaining() > first
+        && stream.data[stream.pos + 1] == 0;
+    if ((first >= 1 && first <= kLongestNumber) || hasZeros) {
         const auto number = readNumber(stream);
         return number ? std::optional(Charset{*number, {}}) : std::nullopt;
     }

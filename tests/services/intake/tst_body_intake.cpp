@@ -36,6 +36,16 @@ const WrittenRow kWritten[] = {
     {"UTF-16 without a mark", "05 83 81 02 03 F7", QByteArray("\0\xFC", 2), kUtf8Text, "ü"},
     {"UTF-16, odd", "05 83 81 02 03 F7", QByteArray("\0\xFC\0", 3), kUtf8Text, "ü"},
     {"UTF-16 with an end", "05 83 81 02 03 F7", QByteArray("\0a\0\0", 4), kUtf8Text, "a"},
+    {"UTF-16 with two ends", "05 83 81 02 03 F7", QByteArray("\0a\0\0\0\0", 6), kUtf8Text,
+     QByteArray("a\0\0", 3)},
+    {"UTF-16 that nobody declared", "83", QByteArray("\0H\0i\4\x3F", 6), kUtf8Text, "Hiп"},
+    {"UTF-16 that nobody declared, little-endian", "83", QByteArray("H\0i\0\0\0", 6), kUtf8Text,
+     "Hi"},
+    {"UTF-16 that is marked and nobody declared", "83", "\xFE\xFF\x04\x3F", kUtf8Text, "п"},
+    {"XML that says in what it is", "A7", "<?xml version='1.0' encoding = 'koi8-r' ?><\xD0>",
+     "03 A7 81 EA", "<?xml version='1.0' encoding = 'UTF-8' ?><п>"},
+    {"XML that says what was declared otherwise", "03 A7 81 84", "<?xml encoding=\"koi8-r\"?>\xFC",
+     "03 A7 81 EA", "<?xml encoding=\"UTF-8\"?>ü"},
     {"KOI8-R", "05 83 81 02 08 24", "\xD0", kUtf8Text, "п"},
     {"a presentation",
      "10 61 70 70 6C 69 63 61 74 69 6F 6E 2F 73 6D 69 6C 00"
@@ -70,6 +80,8 @@ const WrittenRow kWritten[] = {
      "9E 43 6F 6E 74 65 6E 74 2D 49 44 00 3C 69 3E 00"
      "43 6F 6E 74 65 6E 74 2D 4C 6F 63 61 74 69 6F 6E 00 62 00",
      "x", "04 9E 85 62 00 8E 62 00 C0 22 3C 69 3E 00", "x"},
+    {"an empty location and a name", "05 9E 85 61 2E 00 8E 00", "x",
+     "05 9E 85 61 2E 00 8E 61 2E 00", "x"},
     {"an id in quotes", "9E C0 22 3C 69 3E 22 00", "x", "9E C0 22 3C 69 3E 00", "x"},
     {"a header with the byte of a location in it", "9E 8D 02 8E 00", "x", "9E", "x"},
     {"a parameter that the codec does not know", "05 9E 8B 61 62 00", "x", "9E", "x"},
@@ -120,6 +132,8 @@ void TestBodyIntake::keptParts_data()
     row("text in US-ASCII", "03 83 81 83");
     row("text in ISO-8859-1 that is ASCII", "03 83 81 84");
     row("text of any charset", "83", "ü");
+    row("text with a NUL in it", "83", QByteArray("abc\0def", 7));
+    row("XML in UTF-8 that says otherwise", "A7", "<?xml encoding=\"koi8-r\"?>ü");
     row("a type as text", "61 75 64 69 6F 2F 61 6D 72 00");
     row("a name", "05 9E 85 61 2E 00");
     row("location and id", "9E 8E 61 2E 6A 00 C0 22 3C 69 3E 00");
@@ -200,6 +214,10 @@ void TestBodyIntake::headerTypes_data()
     row("the start of 1.4", "04 B3 99 73 00", "04 B3 8A 73 00");
     row("parameters with names", "0F B3 73 74 61 72 74 00 73 00 66 6F 6F 00 62 00",
         "04 B3 8A 73 00");
+    row("a quality", "03 A3 80 0B", "A3");
+    row("a wildcard", "80", "A3");
+    row("a wildcard in its long form", "01 80", "A3");
+    row("nothing at all", "00", "A3");
     row("other parameters", "08 B3 8B 78 00 8A 73 00 00", "04 B3 8A 73 00");
 }
 
@@ -279,6 +297,12 @@ void TestBodyIntake::counts_data()
         char(2) + part + part, {"18 the body announces 3 parts and has 2"});
     row("zeros behind", char(1) + part + QByteArray(9, '\0'), char(1) + part + QByteArray(9, '\0'));
     row("bytes behind", char(1) + part + "behind", char(1) + part + "behind");
+    row("fewer than there are", char(1) + part + part + part, char(3) + part + part + part);
+    row("none, and there are two", char(0) + part + part, char(2) + part + part);
+    row("fewer, and something behind", char(1) + part + part + "behind",
+        char(1) + part + part + "behind");
+    row("fewer, and one without a type", char(1) + part + fromHex("01 01 00 41"),
+        char(1) + part + fromHex("01 01 00 41"));
     row("a count of two bytes", fromHex("80 01") + part, char(1) + part);
     row("no count", QByteArray(), fromHex("00"), {"9 the message has no body"});
     row("a header that is not there", char(1) + fromHex("10 00 9E"), fromHex("00"),

@@ -73,6 +73,8 @@ const NumberRow kNumbers[] = {
     {"UTF-16, half a pair", 1015, "D8 3D 00 61", "?a"},
     {"UTF-16, an odd byte", 1015, "00 61 00", "a"},
     {"UTF-16, two marks", 1015, "FE FF FE FF 00 61", "a"},
+    {"UTF-32 without a mark is big-endian", 1017, "00 00 00 FC", "ü"},
+    {"UTF-32, marked little-endian", 1017, "FF FE 00 00 FC 00 00 00", "ü"},
     {"a wrong number goes by its looks", 9999, "FC", "ü"},
     {"a byte that means nothing", 38, "41 FF 42",
      "A\xEF\xBF\xBD"
@@ -128,6 +130,7 @@ void TestCharsets::names_data()
     row("UTF-16", "00 FC", "ü");
     row("UTF-16LE", "FC 00", "ü");
     row("UCS2", "00 FC", "ü");
+    row("UTF-32LE", "FC 00 00 00", "ü");
     row("utf8", "C3 BC", "ü");
     row("US-ASCII", "FC", "ü");
     row("no such charset", "FC", "ü");

@@ -23,6 +23,7 @@ class TestPushEnvelope : public QObject {
 private slots:
     void unwrapped_data();
     void unwrapped();
+    void anyOrder();
     void refused_data();
     void refused();
 };
@@ -77,6 +78,15 @@ void TestPushEnvelope::unwrapped()
     QCOMPARE(toHex(result.pdu.joined()), toHex(kPdu));
     QCOMPARE(result.isUnchanged, isUnchanged);
     QTEST(linesOf(result.steps), "steps");
+}
+
+// Behind headers of the right length a message may begin with any of its fields.
+void TestPushEnvelope::anyOrder()
+{
+    const QByteArray pdu = fromHex("98 74 00 8D 90 8C 82 83 6C 00");
+    const Taken result = taken(fromHex("01 06 01 BE") + pdu);
+    QCOMPARE(result.verdict, Verdict::Readable);
+    QCOMPARE(toHex(result.pdu.joined()), toHex(pdu));
 }
 
 void TestPushEnvelope::refused_data()
