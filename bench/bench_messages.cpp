@@ -42,6 +42,7 @@ public:
         config.spool = path("spool");
         config.mmsc = m_network->url();
         config.maxSize = 1024 * 1024;
+        config.takesShortMessages = false;
         m_daemon = std::make_unique<wmsg::proxy::ProxyDaemon>(config);
         check(m_daemon->start());
     }

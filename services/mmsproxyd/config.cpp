@@ -36,6 +36,7 @@ struct Typed {
     std::string proxySocket, settingsSocket, pushSocket, socketMode, spool;
     std::string mmsc, httpProxy, interfaceName, userAgent, profileUrl, settingsUri, logFile;
     std::string retrieval = "immediate";
+    std::string telephony = "yes";
     std::vector<std::string> pauses{"10", "60", "300", "900", "3600"};
     int connectTimeout = 0;
     int stallTimeout = 0;
@@ -127,6 +128,10 @@ void addMessages(CLI::App &app, Typed &typed, Config &config)
         ->check(CLI::IsMember(std::vector<std::string>{"immediate", "deferred", "never"})
                     .description(""))
         ->capture_default_str();
+    addText(app, "--telephony", typed.telephony, "yes|no",
+            "Whether notifications are taken from short messages, as phones get them")
+        ->check(CLI::IsMember(std::vector<std::string>{"yes", "no"}).description(""))
+        ->capture_default_str();
     addText(app, "--settings-uri", typed.settingsUri, "URI",
             "What applications are told as the MMSC, if it is not --mmsc")
         ->check(check(checkSettingsUri));
@@ -177,6 +182,7 @@ void apply(const Typed &typed, Config &config)
     config.stallTimeout = std::chrono::seconds(typed.stallTimeout);
     config.retryPauses = pausesOf(typed.pauses);
     config.retrieval = modeOf(typed.retrieval);
+    config.takesShortMessages = typed.telephony == "yes";
     config.settingsUri = QString::fromStdString(typed.settingsUri);
     config.logFile = QString::fromStdString(typed.logFile);
 }

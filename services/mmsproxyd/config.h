@@ -35,6 +35,7 @@ struct Config {
     qint64 maxIncoming = qint64(10) * 1024 * 1024; ///< of one that is retrieved
     std::vector<std::chrono::milliseconds> retryPauses;
     RetrievalMode retrieval = RetrievalMode::Immediate;
+    bool takesShortMessages = true; ///< to the port for pushes, from the telephony service
     QString settingsUri; ///< what the settings server answers; null: the MMSC
 
     QString logFile; ///< of the library; empty: nowhere

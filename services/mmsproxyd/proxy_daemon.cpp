@@ -106,6 +106,11 @@ QString ProxyDaemon::start()
     }
     m_sends.start();
     m_retrievals.start();
+    if (m_config.takesShortMessages) {
+        m_shortMessages = std::make_unique<PushThread>(
+            [this](const QByteArray &body) { return m_retrievals.pushedOnce(body).isEmpty(); });
+        m_shortMessages->start();
+    }
     if (m_config.mmsc.isEmpty()) {
         qCWarning(kDaemon, "no MMSC is set: nothing can be sent, and the network gets no answers");
     }

@@ -9,6 +9,7 @@
 #include "services/mmsproxyd/inbox.h"
 #include "services/mmsproxyd/proxy_socket.h"
 #include "services/mmsproxyd/push_socket.h"
+#include "services/mmsproxyd/push_thread.h"
 #include "services/mmsproxyd/retrieval_queue.h"
 #include "services/mmsproxyd/send_queue.h"
 #include "services/mmsproxyd/settings_server.h"
@@ -16,6 +17,8 @@
 
 #include <QtCore/QObject>
 #include <QtCore/QString>
+
+#include <memory>
 
 namespace wmsg::proxy {
 
@@ -29,8 +32,8 @@ public:
     explicit ProxyDaemon(Config config, QObject *parent = nullptr);
     ~ProxyDaemon() override;
 
-    /// start opens the spool, listens on the three sockets and takes up what the spool holds. It
-    /// returns the problem in words, or an empty text.
+    /// start opens the spool, listens on the three sockets, takes up what the spool holds and
+    /// begins to hear short messages. It returns the problem in words, or an empty text.
     [[nodiscard]] QString start();
 
 private:
@@ -60,6 +63,7 @@ private:
     Delivery m_delivery;
     ProxySocket m_proxy;
     PushSocket m_pushes;
+    std::unique_ptr<PushThread> m_shortMessages; // nullptr: they are not wanted
     SettingsServer m_settings;
 };
 

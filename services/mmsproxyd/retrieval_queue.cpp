@@ -33,6 +33,7 @@ using Stage = IncomingRecord::Stage;
 
 constexpr auto kIn = Spool::Box::In;
 constexpr qsizetype kLongestAppId = 1024;
+constexpr qsizetype kLongestLoss = 1024;
 
 // What a request ends with. On the wire: never renumber.
 constexpr qint32 kRetrieved = 0;
@@ -67,10 +68,15 @@ bool isGone(const HttpOutcome &outcome)
 /// at which a network wants a password.
 bool beginsAsPdu(const QString &path)
 {
-    constexpr char kMessageTypeField = '\x8C';
+    constexpr quint8 kFirstField = 0x81;
+    constexpr quint8 kLastField = 0x98;
     QFile file(path);
-    char first = 0;
-    return file.open(QIODevice::ReadOnly) && file.getChar(&first) && first == kMessageTypeField;
+    char byte = 0;
+    if (!file.open(QIODevice::ReadOnly) || !file.getChar(&byte)) {
+        return false;
+    }
+    const auto first = static_cast<quint8>(byte);
+    return first >= kFirstField && first <= kLastField;
 }
 
 IncomingRecord recordOf(const Notification &notification)
@@ -86,6 +92,21 @@ IncomingRecord recordOf(const Notification &notification)
 void setResponse(IncomingRecord &record, MessageStatus status)
 {
     record.response = static_cast<quint8>(status);
+}
+
+/// What a push says; one with a text that no record has room for says nothing that we know.
+Notification notificationIn(const QByteArray &pdu)
+{
+    Notification notification = readNotification(pdu, QDateTime::currentDateTimeUtc());
+    for (const QString *text : {&notification.transactionId, &notification.location,
+                                &notification.messageId, &notification.recipient}) {
+        if (!isShort(*text)) {
+            Notification unknown;
+            unknown.reason = u"an id or an address has %1 characters"_s.arg(text->size());
+            return unknown;
+        }
+    }
+    return notification;
 }
 
 Answer notifyResponseOf(const IncomingRecord &record)
@@ -115,7 +136,27 @@ void RetrievalQueue::start()
 
 QString RetrievalQueue::pushed(const QByteArray &pdu)
 {
-    const Notification notification = readNotification(pdu, QDateTime::currentDateTimeUtc());
+    return take(notificationIn(pdu), pdu);
+}
+
+QString RetrievalQueue::pushedOnce(const QByteArray &pdu)
+{
+    const Notification notification = notificationIn(pdu);
+    if (notification.kind != Notification::Kind::Unknown) {
+        return take(notification, pdu);
+    }
+    const MessageId id = m_spool.nextId();
+    QString problem = writeDurably(m_spool.path(kIn, id, Spool::Part::Notice), pdu);
+    problem = problem.isEmpty() ? m_spool.keep(kIn, id, notification.reason) : problem;
+    if (!problem.isEmpty()) {
+        qCWarning(kRetrievals, "a push cannot be kept: %ls", qUtf16Printable(problem));
+        m_inbox.forget(id);
+    }
+    return problem;
+}
+
+QString RetrievalQueue::take(const Notification &notification, const QByteArray &pdu)
+{
     switch (notification.kind) {
     case Notification::Kind::MessageWaits:
         return announced(notification, pdu);
@@ -134,9 +175,6 @@ QString RetrievalQueue::pushed(const QByteArray &pdu)
 QString RetrievalQueue::announced(const Notification &notification, const QByteArray &pdu)
 {
     IncomingRecord record = recordOf(notification);
-    if (!isShort(record.transactionId) || !isShort(record.location)) {
-        return u"the transaction id or the location is too long"_s;
-    }
     if (const MessageId known = m_inbox.known(record); known != 0) {
         announcedAgain(known);
         return QString();
@@ -224,9 +262,6 @@ QString RetrievalQueue::reported(const Notification &notification)
     record.to = notification.recipient;
     record.date = std::max<qint64>(notification.date.toMSecsSinceEpoch(), 0);
     record.since = currentTime();
-    if (!isShort(record.messageId) || !isShort(record.to)) {
-        return u"the message id or the recipient is too long"_s;
-    }
     if (m_inbox.known(record) != 0) {
         return QString();
     }
@@ -432,6 +467,8 @@ void RetrievalQueue::fetchEnded(MessageId id, const HttpOutcome &outcome)
     const bool lostPatience = found->second.wasPaused && outcome.kind == HttpOutcome::Kind::Cut;
     if (outcome.isSuccess()) {
         takeIn(id, before);
+    } else if (!lostPatience && hasCutMessage(id, before)) {
+        settleForCutMessage(id, before, outcome.text);
     } else if (outcome.kind == HttpOutcome::Kind::TooLarge) {
         tooLarge(id, before, outcome.text);
     } else if (isGone(outcome)) {
@@ -446,11 +483,21 @@ void RetrievalQueue::fetchEnded(MessageId id, const HttpOutcome &outcome)
 void RetrievalQueue::takeIn(MessageId id, const IncomingRecord &record)
 {
     const QString fetched = m_spool.path(kIn, id, Spool::Part::Fetched);
-    const Taken taken = MailFileWriter(m_settings.maxIncoming)
-                            .take(fetched, m_spool.path(kIn, id, Spool::Part::Mail));
+    const QString mail = m_spool.path(kIn, id, Spool::Part::Mail);
+    const MailFileWriter writer(m_settings.maxIncoming);
+    const bool hasCut = hasCutMessage(id, record);
+    const Taken taken = hasCut ? writer.takeBetter(fetched, mail) : writer.take(fetched, mail);
+    if (hasCut && taken.kind != Taken::Kind::Message) {
+        settleForCutMessage(id, record, taken.reason);
+        return;
+    }
     switch (taken.kind) {
     case Taken::Kind::Message:
-        arrived(id, record, taken);
+        if (!taken.loss.isNull() && record.loss.isNull()) {
+            cutOff(id, record, taken);
+        } else {
+            arrived(id, record, taken);
+        }
         return;
     case Taken::Kind::Failed:
         failed(id, record, taken.reason, true);
@@ -462,6 +509,7 @@ void RetrievalQueue::takeIn(MessageId id, const IncomingRecord &record)
             gone(id, record, taken.reason);
         }
         return;
+    case Taken::Kind::NoBetter:
     case Taken::Kind::Unreadable:
         break;
     }
@@ -472,6 +520,45 @@ void RetrievalQueue::takeIn(MessageId id, const IncomingRecord &record)
     }
 }
 
+/// A message that is cut off is fetched once more, now. The record knows that before it is: a
+/// daemon that is killed meanwhile does not begin to count again.
+void RetrievalQueue::cutOff(MessageId id, IncomingRecord record, const Taken &taken)
+{
+    record.loss = taken.loss.left(kLongestLoss);
+    record.nextTry = 0;
+    const QString problem = m_inbox.save(id, record);
+    if (!problem.isEmpty()) {
+        failed(id, *m_inbox.find(id), problem, true);
+        return;
+    }
+    qCWarning(kRetrievals, "message %llu is cut off, and is fetched again: %ls", id,
+              qUtf16Printable(taken.loss));
+    tellRetrying(id);
+}
+
+/// Whether a message lies here that is cut off, and is being fetched once more.
+bool RetrievalQueue::hasCutMessage(MessageId id, const IncomingRecord &record) const
+{
+    return !record.loss.isNull() && m_spool.has(kIn, id, Spool::Part::Mail);
+}
+
+/// What is here of a message is all of it: it did not come another time.
+void RetrievalQueue::settleForCutMessage(MessageId id, const IncomingRecord &record,
+                                         const QString &reason)
+{
+    Taken taken = MailFileWriter::reread(m_spool.path(kIn, id, Spool::Part::Mail));
+    if (taken.kind != Taken::Kind::Message) {
+        IncomingRecord fresh = record;
+        fresh.loss = QString();
+        failed(id, fresh, taken.reason, true);
+        return;
+    }
+    qCInfo(kRetrievals, "message %llu was fetched again, and no more came: %ls", id,
+           qUtf16Printable(reason));
+    taken.loss = record.loss;
+    arrived(id, record, taken);
+}
+
 /// The mail file is durable: from now on the message is here.
 void RetrievalQueue::arrived(MessageId id, IncomingRecord record, const Taken &taken)
 {
@@ -480,6 +567,7 @@ void RetrievalQueue::arrived(MessageId id, IncomingRecord record, const Taken &t
     record.appId = taken.applicationId.left(kLongestAppId);
     record.attempts = 0;
     record.nextTry = 0;
+    record.loss = taken.loss.left(kLongestLoss);
     setResponse(record, MessageStatus::Retrieved);
     if (!wasAsked) {
         m_answers->owe(record, notifyResponseOf(record));
@@ -491,7 +579,12 @@ void RetrievalQueue::arrived(MessageId id, IncomingRecord record, const Taken &t
         failed(id, *m_inbox.find(id), problem, true);
         return;
     }
-    qCInfo(kRetrievals, "message %llu is here", id);
+    if (taken.loss.isNull()) {
+        qCInfo(kRetrievals, "message %llu is here", id);
+    } else {
+        qCWarning(kRetrievals, "message %llu is here, but for what was cut off: %ls", id,
+                  qUtf16Printable(taken.loss));
+    }
     (void)QFile::remove(m_spool.path(kIn, id, Spool::Part::Fetched));
     m_answers->proceed();
     Q_EMIT messageReady(id);

@@ -46,7 +46,8 @@ struct RetrievalSettings {
 ///
 /// A notification is durable before pushed() returns, a message before messageReady() is emitted,
 /// and both before the MMSC gets an answer. A message that cannot be fetched is tried again until
-/// it expires; one that cannot be read is kept aside with the reason.
+/// it expires; one that cannot be read is kept aside with the reason; one that came cut off is
+/// fetched once more, and what is there of it then is the message.
 ///
 /// Requests are those of one session. Signals may be emitted from inside the operations.
 class RetrievalQueue : public QObject {
@@ -64,6 +65,11 @@ public:
     /// pushed takes a notification or a delivery report. It returns an empty text when that is
     /// durable, or was known already; else why it is refused.
     [[nodiscard]] QString pushed(const QByteArray &pdu);
+
+    /// pushedOnce takes what nobody pushes again, like a short message: what is refused for good is
+    /// kept aside, with the reason. It returns an empty text when that is durable; else why the
+    /// push cannot be taken now.
+    [[nodiscard]] QString pushedOnce(const QByteArray &pdu);
 
     /// retrieve fetches the message at a URI. It ends, now or later, with exactly one finished().
     void retrieve(SessionId session, qint32 requestId, const QString &uri);
@@ -99,6 +105,7 @@ Q_SIGNALS:
     void reportReady(wmsg::proxy::MessageId id);
 
 private:
+    [[nodiscard]] QString take(const Notification &notification, const QByteArray &pdu);
     [[nodiscard]] QString announced(const Notification &notification, const QByteArray &pdu);
     [[nodiscard]] QString decide(MessageId id, IncomingRecord &record,
                                  const Notification &notification);
@@ -122,6 +129,9 @@ private:
     void fetchEnded(MessageId id, const HttpOutcome &outcome);
     void takeIn(MessageId id, const IncomingRecord &record);
     void arrived(MessageId id, IncomingRecord record, const Taken &taken);
+    void cutOff(MessageId id, IncomingRecord record, const Taken &taken);
+    [[nodiscard]] bool hasCutMessage(MessageId id, const IncomingRecord &record) const;
+    void settleForCutMessage(MessageId id, const IncomingRecord &record, const QString &reason);
     void unreadable(MessageId id, IncomingRecord record, const Taken &taken);
     void gone(MessageId id, const IncomingRecord &record, const QString &reason);
     void tooLarge(MessageId id, IncomingRecord record, const QString &reason);

@@ -220,7 +220,7 @@ class Exchange:
             "--subscriber", f"{THEIR_NUMBER}={modem.path}", "--subscriber", f"{OUR_NUMBER}={our_push}")
         mmsc = line.removeprefix("listening on ")
         self.programs.first_line("mmsproxyd", self.build / "services/mmsproxyd/wmsg-mmsproxyd", "--mmsc", mmsc,
-                                 "--spool", self.folder / "spool", "--push-socket", our_push)
+                                 "--spool", self.folder / "spool", "--push-socket", our_push, "--telephony", "no")
         mmsd = Mmsd(self.programs, bus, mmsc)
         self.from_them(mmsd)
         self.to_them(mmsd)

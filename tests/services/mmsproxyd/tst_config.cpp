@@ -39,6 +39,7 @@ private slots:
     void defaults();
     void options();
     void file();
+    void shortMessagesAreTakenOrNot();
     void theCommandLineWins();
     void sizes_data();
     void sizes();
@@ -83,6 +84,7 @@ void TestConfig::defaults()
     QCOMPARE(config.stallTimeout, 60s);
     QCOMPARE(config.retrieval, RetrievalMode::Immediate);
     QCOMPARE(config.settingsUri, QString());
+    QVERIFY(config.takesShortMessages);
     QVERIFY(!config.isVerbose);
 }
 
@@ -169,6 +171,13 @@ void TestConfig::file()
     QVERIFY(reading.config.isVerbose);
 }
 
+void TestConfig::shortMessagesAreTakenOrNot()
+{
+    QVERIFY(read({"--telephony", "yes"}).config.takesShortMessages);
+    QVERIFY(!read({"--telephony", "no"}).config.takesShortMessages);
+    QVERIFY(!read({"--config", fileWith("telephony = no\n")}).config.takesShortMessages);
+}
+
 void TestConfig::theCommandLineWins()
 {
     const QString path = fileWith("mmsc = http://a/\nretry = 1,2,3\nretrieval = never\n");
@@ -251,6 +260,7 @@ void TestConfig::refusals_data()
     row("time 0", {"--stall-timeout", "0"}, "--stall-timeout");
     row("no time", {"--connect-timeout", "x"}, "--connect-timeout");
     row("a mode of retrieval", {"--retrieval", "later"}, "--retrieval: later not in {");
+    row("neither yes nor no", {"--telephony", "maybe"}, "--telephony: maybe not in {");
     row("61 characters", {"--settings-uri", QString(61, 'x')}, "room for 60 characters");
     row("a header", {"--user-agent", "a\r\nb"}, "--user-agent: at most 255 printable");
     row("an interface", {"--interface", "a b"}, "--interface: this is no name");

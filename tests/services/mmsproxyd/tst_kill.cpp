@@ -118,7 +118,8 @@ public:
         m_process.start(WMSG_MMSPROXYD,
                         {"--proxy-socket", world.path("proxy"), "--settings-socket",
                          world.path("settings"), "--push-socket", world.path("push"), "--spool",
-                         world.path("spool"), "--mmsc", world.mmsc.url(), "--retry", "1,1,1,1"});
+                         world.path("spool"), "--mmsc", world.mmsc.url(), "--retry", "1,1,1,1",
+                         "--telephony", "no"});
         m_isReady = QTest::qWaitFor([this] { return hasEnded() || m_process.bytesAvailable() > 0; },
                                     kPatience);
         m_isReady = m_isReady && !hasEnded();

@@ -192,9 +192,18 @@ private:
     }
     QStringList options(const QString &spool = "spool") const
     {
-        return {"--proxy-socket", at("proxy"),          "--settings-socket", at("settings"),
-                "--push-socket",  at("push"),           "--spool",           at(spool),
-                "--mmsc",         "http://127.0.0.1:1/"};
+        return {"--proxy-socket",
+                at("proxy"),
+                "--settings-socket",
+                at("settings"),
+                "--push-socket",
+                at("push"),
+                "--spool",
+                at(spool),
+                "--mmsc",
+                "http://127.0.0.1:1/",
+                "--telephony",
+                "no"};
     }
     void start(QProcess &program, const QStringList &more = {})
     {

@@ -6,6 +6,7 @@
 #include "tests/services/mmsproxyd/mmsc_script.h"
 #include "tests/services/mmsproxyd/spool_folder.h"
 #include "tests/support/session_peer.h"
+#include "tests/support/telephony_peer.h"
 
 #include <QtTest/QtTest>
 
@@ -20,6 +21,18 @@ namespace {
 QByteArray notification(const QString &transactionId, const QString &uri)
 {
     return notificationOf(transactionId, uri);
+}
+
+/// A record of the telephony service: this body, to the port of pushes.
+QByteArray shortMessage(quint64 id, const QByteArray &body)
+{
+    wmsg::telephony::Message message;
+    message.id = id;
+    message.coding = wmsg::telephony::Coding::Binary;
+    message.hasPorts = true;
+    message.destinationPort = 2948;
+    message.body = body;
+    return toFrame(message);
 }
 
 QByteArray message(const QString &appId = QString())
@@ -69,6 +82,9 @@ private slots:
 
     // What comes in.
     void aPushedMessageIsDelivered();
+    void aShortMessageIsAPush();
+    void aShortMessageThatIsNoPushIsKeptAside();
+    void aShortMessageThatCannotBeKeptStays();
     void aPushedMessageWaitsForItsApplication();
     void aPushThatIsRepeatedIsDeliveredOnce();
     void aDeferredMessageIsAnnouncedAndAskedFor();
@@ -98,6 +114,8 @@ private:
     /// Takes the request of a daemon that posts a message, and confirms it with this status.
     void confirm(int status);
     void push(const QByteArray &pdu);
+    /// Starts the daemon anew as a client of this telephony service.
+    void startWith(TelephonyPeer &telephony);
     void serve(const QByteArray &pdu);
     void takeAnswer(int type);
     /// Lets the loop do all that it has to do at once.
@@ -123,6 +141,7 @@ void TestProxyDaemon::init()
     m_config.settingsSocket = at("settings");
     m_config.pushSocket = at("push");
     m_config.spool = m_folder->path();
+    m_config.takesShortMessages = false;
     m_config.mmsc = m_mmsc->url("/mms");
     start();
 }
@@ -146,6 +165,14 @@ void TestProxyDaemon::push(const QByteArray &pdu)
     LocalPeer pusher(at("push"));
     QVERIFY(pusher.sendBytes(pushRecord(pdu)));
     pusher.expect("00 0000");
+}
+
+void TestProxyDaemon::startWith(TelephonyPeer &telephony)
+{
+    m_config.takesShortMessages = true;
+    start();
+    QTRY_COMPARE(telephony.heard().value(1), QString("3: 84 0B 01"));
+    telephony.takeHeard();
 }
 
 void TestProxyDaemon::serve(const QByteArray &pdu)
@@ -543,6 +570,53 @@ void TestProxyDaemon::aPushedMessageIsDelivered()
     QVERIFY(QFile::remove(path));
     QTRY_COMPARE(m_folder->files("in", ".mail"), QStringList());
     QCOMPARE(toHex(chess.waiting()), QByteArray());
+}
+
+void TestProxyDaemon::aShortMessageIsAPush()
+{
+    TelephonyPeer telephony;
+    startWith(telephony);
+    SessionPeer session(at("proxy"));
+    telephony.send(
+        shortMessage(7, fromHex("2A 06 03 BE AF 84") + notification("T1", m_mmsc->url("/m1"))));
+    QTRY_COMPARE(telephony.heard(), QStringList{"6: 07 00 00 00 00 00 00 00 01"});
+    QCOMPARE(m_folder->files("in", ".note").size(), 1);
+    serve(message());
+    const QString path = session.nextMail();
+    WMMSMsg got;
+    QCOMPARE(got.construct(path, true), quint32(MMS_DECODE_OK));
+    takeAnswer(0x83);
+    QVERIFY(QFile::remove(path));
+    stop();
+}
+
+void TestProxyDaemon::aShortMessageThatIsNoPushIsKeptAside()
+{
+    TelephonyPeer telephony;
+    startWith(telephony);
+    telephony.send(shortMessage(7, fromHex("2A 06 01 AE 02 05 6A 00")));
+    QTRY_COMPARE(telephony.heard(), QStringList{"6: 07 00 00 00 00 00 00 00 01"});
+    QCOMPARE(SpoolFolder::read(m_folder->files("kept", ".txt").value(0)),
+             QByteArray("this is a push of \"application/vnd.wap.sic\" (at offset 3)\n"));
+    stop();
+}
+
+void TestProxyDaemon::aShortMessageThatCannotBeKeptStays()
+{
+    TelephonyPeer telephony;
+    startWith(telephony);
+    const QByteArray push = shortMessage(7, notification("T1", m_mmsc->url("/m1")));
+    {
+        const FullDisk full;
+        telephony.send(push);
+        QTRY_COMPARE(telephony.heard().value(0), QString("6: 07 00 00 00 00 00 00 00 00"));
+    }
+    // It asks to be offered it again.
+    QTRY_COMPARE(telephony.heard().value(2), QString("3: 84 0B 01"));
+    telephony.takeHeard();
+    telephony.send(push);
+    QTRY_COMPARE(telephony.heard(), QStringList{"6: 07 00 00 00 00 00 00 00 01"});
+    stop();
 }
 
 void TestProxyDaemon::aPushedMessageWaitsForItsApplication()

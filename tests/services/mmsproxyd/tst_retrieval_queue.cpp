@@ -27,6 +27,9 @@ private slots:
     void withoutMmscNothingIsAnswered();
     void pushesThatAreRefused_data();
     void pushesThatAreRefused();
+    void pushesThatComeOnceAreKeptAside_data() { pushesThatAreRefused_data(); }
+    void pushesThatComeOnceAreKeptAside();
+    void pushesThatComeOnceAndAreKnown();
     void readReportIsTakenAndNotTold();
 
     void repeatedNotificationIsNotFetchedAgain();
@@ -54,6 +57,17 @@ private slots:
     void expiredIsTriedOnce();
     void unreadableIsKeptAside();
     void unreadableAndAskedFor();
+    void cutOffIsFetchedOnceMore();
+    void cutOffTwiceIsDelivered();
+    void cutOffTwiceKeepsTheLonger_data();
+    void cutOffTwiceKeepsTheLonger();
+    void cutOffAndThenNothing_data();
+    void cutOffAndThenNothing();
+    void cutOffAndAskedFor();
+    void cutOffIsRememberedByTheNextStart();
+    void cutOffAndItsFileIsLost();
+    void errorStatuses_data();
+    void errorStatuses();
 
     void askedForEndsWithTheSchedule_data();
     void askedForEndsWithTheSchedule();
@@ -370,6 +384,32 @@ void TestRetrievalQueue::pushesThatAreRefused()
     QCOMPARE(folder.names("in"), QStringList());
     QCOMPARE(daemon.told, QStringList());
     QVERIFY(daemon.inbox.all().empty());
+}
+
+void TestRetrievalQueue::pushesThatComeOnceAreKeptAside()
+{
+    QFETCH(QByteArray, pdu);
+
+    const SpoolFolder folder;
+    ScriptedHttp mmsc;
+    Receiving daemon(folder, mmsc);
+    const QString reason = daemon.queue.pushed(pdu);
+    QCOMPARE(daemon.queue.pushedOnce(pdu), QString());
+    QCOMPARE(folder.names("in"), QStringList());
+    QCOMPARE(SpoolFolder::read(folder.files("kept", ".note").value(0)), pdu);
+    QCOMPARE(SpoolFolder::read(folder.files("kept", ".txt").value(0)), reason.toUtf8() + '\n');
+    QCOMPARE(daemon.told, QStringList());
+    QVERIFY(daemon.inbox.all().empty());
+}
+
+void TestRetrievalQueue::pushesThatComeOnceAndAreKnown()
+{
+    const SpoolFolder folder;
+    ScriptedHttp mmsc;
+    Receiving daemon(folder, mmsc);
+    QCOMPARE(daemon.queue.pushedOnce(deliveryReport("m1")), QString());
+    QCOMPARE(daemon.told, QStringList{"report"});
+    QCOMPARE(folder.names("kept"), QStringList());
 }
 
 void TestRetrievalQueue::readReportIsTakenAndNotTold()
@@ -772,6 +812,201 @@ void TestRetrievalQueue::unreadableAndAskedFor()
     QCOMPARE(folder.files("kept", ".pdu").size(), 1);
     QVERIFY(daemon.inbox.all().empty());
     QCOMPARE(folder.names("in"), QStringList());
+}
+
+namespace {
+
+/// A retrieve confirmation that promises that many bytes of text more than it has.
+QByteArray cutConfirmation(const QByteArray &text, int missing = 5,
+                           const QString &transactionId = QString())
+{
+    const QByteArray whole =
+        retrieveConfirmation(text + QByteArray(missing, '?'), transactionId, "game");
+    return whole.chopped(missing);
+}
+
+QString lossOf(const Receiving &daemon)
+{
+    return onlyRecord(daemon).loss.section(" (", 0, 0);
+}
+
+} // namespace
+
+void TestRetrievalQueue::cutOffIsFetchedOnceMore()
+{
+    const SpoolFolder folder;
+    ScriptedHttp mmsc;
+    Receiving daemon(folder, mmsc);
+    daemon.announce(mmsc, "t1", "/m1");
+    serve(mmsc, "/m1", cutConfirmation("Hel"));
+    serve(mmsc, "/m1", retrieveConfirmation("Hello"));
+    QCOMPARE(takeAnswer(mmsc), "83 t1 129"); // and none before
+    QCOMPARE(daemon.told, QStringList{"ready"});
+    QCOMPARE(daemon.text(), "Hello");
+    QVERIFY(onlyRecord(daemon).loss.isNull());
+    waitUntilNothingIsOwed(daemon);
+    QVERIFY(!mmsc.hasClient());
+}
+
+void TestRetrievalQueue::cutOffTwiceIsDelivered()
+{
+    const SpoolFolder folder;
+    ScriptedHttp mmsc;
+    Receiving daemon(folder, mmsc);
+    daemon.announce(mmsc, "t1", "/m1");
+    serve(mmsc, "/m1", cutConfirmation("Hel"));
+    QTRY_COMPARE(lossOf(daemon), "part 1 lacks its last 5 bytes");
+    QCOMPARE(onlyRecord(daemon).stage, Stage::Announced);
+    QCOMPARE(daemon.told, QStringList());
+    serve(mmsc, "/m1", cutConfirmation("Hel"));
+    QCOMPARE(takeAnswer(mmsc), "83 t1 129");
+    QCOMPARE(daemon.told, QStringList{"ready"});
+    QCOMPARE(daemon.text(), "Hel");
+    QCOMPARE(daemon.inbox.appId(daemon.ids.first()), "game");
+    QCOMPARE(lossOf(daemon), "part 1 lacks its last 5 bytes");
+    waitUntilNothingIsOwed(daemon);
+    QVERIFY(!mmsc.hasClient());
+}
+
+void TestRetrievalQueue::cutOffTwiceKeepsTheLonger_data()
+{
+    QTest::addColumn<QByteArray>("first");
+    QTest::addColumn<QByteArray>("second");
+    QTest::newRow("the first") << QByteArray("Hello") << QByteArray("Hel");
+    QTest::newRow("the second") << QByteArray("Hel") << QByteArray("Hello");
+}
+
+void TestRetrievalQueue::cutOffTwiceKeepsTheLonger()
+{
+    QFETCH(QByteArray, first);
+    QFETCH(QByteArray, second);
+    const SpoolFolder folder;
+    ScriptedHttp mmsc;
+    Receiving daemon(folder, mmsc, {RetrievalMode::Immediate, attempts(3), false});
+    daemon.announce(mmsc, "t1", "/m1");
+    serve(mmsc, "/m1", cutConfirmation(first, 9 - int(first.size())));
+    serve(mmsc, "/m1", cutConfirmation(second, 9 - int(second.size())));
+    QTRY_COMPARE(daemon.told, QStringList{"ready"});
+    QCOMPARE(daemon.text(), "Hello");
+    QCOMPARE(lossOf(daemon), "part 1 lacks its last 4 bytes");
+}
+
+void TestRetrievalQueue::cutOffAndThenNothing_data()
+{
+    QTest::addColumn<QByteArray>("answer");
+    const QByteArray empty = "Content-Length: 0\r\nConnection: close\r\n\r\n";
+    QTest::newRow("hangs up") << QByteArray();
+    QTest::newRow("404") << "HTTP/1.1 404 Not Found\r\n" + empty;
+    QTest::newRow("500") << "HTTP/1.1 500 Oops\r\n" + empty;
+    QTest::newRow("a page") << QByteArray("HTTP/1.1 200 OK\r\nContent-Length: 6\r\n\r\n<html>");
+    QTest::newRow("an error of the MMSC")
+        << QByteArray("HTTP/1.1 200 OK\r\nContent-Length: 6\r\n\r\n\x8C\x84\x8D\x92\x99\xE2");
+    QTest::newRow("cut in the middle")
+        << QByteArray("HTTP/1.1 200 OK\r\nContent-Length: 60\r\n\r\n\x8C\x84\x8D\x92");
+}
+
+void TestRetrievalQueue::cutOffAndThenNothing()
+{
+    QFETCH(QByteArray, answer);
+    const SpoolFolder folder;
+    ScriptedHttp mmsc;
+    Receiving daemon(folder, mmsc);
+    daemon.announce(mmsc, "t1", "/m1");
+    serve(mmsc, "/m1", cutConfirmation("Hel"));
+    failOnce(mmsc, answer);
+    QCOMPARE(takeAnswer(mmsc), "83 t1 129");
+    QCOMPARE(daemon.told, QStringList{"ready"});
+    QCOMPARE(daemon.text(), "Hel");
+    QCOMPARE(daemon.inbox.appId(daemon.ids.first()), "game");
+    QCOMPARE(lossOf(daemon), "part 1 lacks its last 5 bytes");
+    QCOMPARE(folder.names("kept"), QStringList());
+    waitUntilNothingIsOwed(daemon);
+    QVERIFY(!mmsc.hasClient());
+}
+
+void TestRetrievalQueue::cutOffAndAskedFor()
+{
+    const SpoolFolder folder;
+    ScriptedHttp mmsc;
+    Receiving daemon(folder, mmsc);
+    daemon.queue.retrieve(kSession, 4, mmsc.url("/m1"));
+    serve(mmsc, "/m1", cutConfirmation("Hel", 5, "r1"));
+    failOnce(mmsc, QByteArray());
+    QCOMPARE(takeAnswer(mmsc), "85 r1 0");
+    QCOMPARE(daemon.told, (QStringList{"7/4 again", "ready", "7/4 ended 0"}));
+    QCOMPARE(daemon.text(), "Hel");
+}
+
+void TestRetrievalQueue::cutOffIsRememberedByTheNextStart()
+{
+    const SpoolFolder folder;
+    ScriptedHttp mmsc;
+    const Options silent{RetrievalMode::Immediate, attempts(3), false};
+    {
+        Receiving daemon(folder, mmsc, silent);
+        daemon.announce(mmsc, "t1", "/m1");
+        serve(mmsc, "/m1", cutConfirmation("Hel"));
+        QTRY_VERIFY(!onlyRecord(daemon).loss.isNull());
+    }
+    {
+        Receiving daemon(folder, mmsc, silent);
+        serve(mmsc, "/m1", cutConfirmation("Hel")); // neither left out, nor done once more
+        QTRY_COMPARE(daemon.told, QStringList{"ready"});
+    }
+    const Receiving daemon(folder, mmsc, silent);
+    QCOMPARE(int(daemon.inbox.ready().size()), 1);
+    QCOMPARE(lossOf(daemon), "part 1 lacks its last 5 bytes");
+    QVERIFY(!mmsc.hasClient());
+}
+
+void TestRetrievalQueue::cutOffAndItsFileIsLost()
+{
+    const SpoolFolder folder;
+    ScriptedHttp mmsc;
+    Receiving daemon(folder, mmsc);
+    daemon.announce(mmsc, "t1", "/m1");
+    serve(mmsc, "/m1", cutConfirmation("Hel"));
+    QTRY_VERIFY(!onlyRecord(daemon).loss.isNull());
+    QVERIFY(QFile::remove(folder.files("in", ".mail").first()));
+    failOnce(mmsc, QByteArray());
+    serve(mmsc, "/m1", cutConfirmation("Hel"));
+    QTRY_COMPARE(daemon.told, QStringList{"ready"});
+    QCOMPARE(daemon.text(), "Hel");
+}
+
+void TestRetrievalQueue::errorStatuses_data()
+{
+    QTest::addColumn<QByteArray>("fields");
+    QTest::addColumn<bool>("passes");
+    QTest::newRow("transient") << QByteArray("\x99\xC0\x9A later\0", 9) << true;
+    QTest::newRow("the last transient") << QByteArray("\x99\xDF") << true;
+    QTest::newRow("permanent") << QByteArray("\x99\xE0\x9A gone\0", 8) << false;
+    QTest::newRow("the last permanent") << QByteArray("\x99\xFF") << false;
+}
+
+/// What stands in place of a message is never one, and is asked for again as it says.
+void TestRetrievalQueue::errorStatuses()
+{
+    QFETCH(QByteArray, fields);
+    QFETCH(bool, passes);
+    const SpoolFolder folder;
+    ScriptedHttp mmsc;
+    Receiving daemon(folder, mmsc);
+    daemon.announce(mmsc, "t1", "/m1");
+    serve(mmsc, "/m1", "\x8C\x84\x8D\x92" + fields);
+    if (passes) {
+        serve(mmsc, "/m1", retrieveConfirmation("Hello"));
+        QCOMPARE(takeAnswer(mmsc), "83 t1 129");
+        QCOMPARE(daemon.told, QStringList{"ready"});
+        return;
+    }
+    QCOMPARE(takeAnswer(mmsc), "83 t1 128");
+    QCOMPARE(daemon.told, QStringList());
+    const QByteArray reason = SpoolFolder::read(folder.files("kept", ".txt").value(0));
+    const QByteArray status = QByteArray::number(uchar(fields[1]));
+    QVERIFY2(reason.startsWith("the MMSC has no message, retrieve status " + status), reason);
+    QCOMPARE(reason.contains(": gone"), fields.contains("gone"));
+    QCOMPARE(onlyRecord(daemon).stage, Stage::Over);
 }
 
 void TestRetrievalQueue::askedForEndsWithTheSchedule_data()
@@ -1265,8 +1500,14 @@ void TestRetrievalQueue::fullDiskRefusesAPush()
         const QString problem = daemon.queue.pushed(push);
         QVERIFY2(problem.endsWith("File too large"), qPrintable(problem));
         QVERIFY(!daemon.queue.pushed(deliveryReport("m1")).isEmpty());
+        QVERIFY(!daemon.queue.pushedOnce(deliveryReport("m1")).isEmpty());
+    }
+    {
+        const FullDisk full;
+        QVERIFY(!daemon.queue.pushedOnce("no push").isEmpty());
     }
     QCOMPARE(folder.names("in"), QStringList());
+    QCOMPARE(folder.names("kept"), QStringList());
     QVERIFY(daemon.inbox.all().empty());
     QCOMPARE(daemon.told, QStringList());
     QCOMPARE(daemon.queue.pushed(push), QString()); // there is room again
@@ -1299,6 +1540,7 @@ void TestRetrievalQueue::missingSpoolRefusesAPush()
     QVERIFY(QDir(folder.path()).removeRecursively());
     QVERIFY(!daemon.queue.pushed(notificationOf("t1", mmsc.url("/m1"))).isEmpty());
     QVERIFY(!daemon.queue.pushed(deliveryReport("m1")).isEmpty());
+    QVERIFY(!daemon.queue.pushedOnce("no push").isEmpty());
     daemon.queue.retrieve(kSession, 1, mmsc.url("/m1"));
     QCOMPARE(daemon.told, QStringList{"7/1 ended 19"});
     QVERIFY(daemon.inbox.all().empty());
