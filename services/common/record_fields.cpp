@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The wmsg authors
 // SPDX-License-Identifier: Apache-2.0
 
-#include "services/mmsproxyd/record_fields.h"
+#include "services/common/record_fields.h"
 
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonValue>
@@ -10,7 +10,7 @@
 
 using namespace Qt::StringLiterals;
 
-namespace wmsg::proxy {
+namespace wmsg::service {
 
 void RecordFields::text(QLatin1String name, QString &value)
 {
@@ -43,6 +43,22 @@ void RecordFields::texts(QLatin1String name, QStringList &value)
     for (const auto &one : read) {
         value.append(one.toString());
     }
+}
+
+void RecordFields::bytes(QLatin1String name, QByteArray &value, qsizetype longest)
+{
+    if (!has(name)) {
+        return;
+    }
+    const QString read = m_json.value(name).toString();
+    const QByteArray bytes = QByteArray::fromHex(read.toLatin1());
+    // What is no digit is skipped by that, and then missing.
+    if (!m_json.value(name).isString() || bytes.size() > longest
+        || bytes.size() * 2 != read.size()) {
+        refuse(u"%1 is no row of bytes, or too long"_s.arg(name));
+        return;
+    }
+    value = bytes;
 }
 
 void RecordFields::word(QLatin1String name, std::initializer_list<QLatin1String> words, int &value)
@@ -87,4 +103,4 @@ bool RecordFields::number64(QLatin1String name, qint64 &value, qint64 lowest, qi
     return true;
 }
 
-} // namespace wmsg::proxy
+} // namespace wmsg::service

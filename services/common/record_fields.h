@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include <QtCore/QByteArray>
 #include <QtCore/QJsonObject>
 #include <QtCore/QString>
 #include <QtCore/QStringList>
@@ -10,9 +11,9 @@
 
 #include <limits>
 
-namespace wmsg::proxy {
+namespace wmsg::service {
 
-/// RecordFields reads the fields of a record in the spool. A field that is absent leaves the value
+/// RecordFields reads the fields of a record in a spool. A field that is absent leaves the value
 /// as it is; one of another type or outside its limits makes the record unusable, and the first of
 /// these is the reason. A file may hold anything, so every value has a limit.
 class RecordFields {
@@ -34,6 +35,8 @@ public:
             value = static_cast<Number>(read);
         }
     }
+    /// Reads bytes, which stand as their hex digits.
+    void bytes(QLatin1String name, QByteArray &value, qsizetype longest);
     /// Reads a word of those given, as its place among them.
     void word(QLatin1String name, std::initializer_list<QLatin1String> words, int &value);
     /// What the record must hold.
@@ -50,4 +53,4 @@ private:
     QString m_reason;
 };
 
-} // namespace wmsg::proxy
+} // namespace wmsg::service

@@ -3,11 +3,13 @@
 
 #include "services/mmsproxyd/incoming_record.h"
 
-#include "services/mmsproxyd/record_fields.h"
+#include "services/common/record_fields.h"
+
 
 #include <QtCore/QJsonArray>
 
 using namespace Qt::StringLiterals;
+using wmsg::service::RecordFields;
 
 namespace wmsg::proxy {
 
@@ -95,6 +97,7 @@ QJsonObject IncomingRecord::toJson() const
     insertNumber(json, "response"_L1, response);
     insertNumber(json, "attempts"_L1, attempts);
     insertNumber(json, "nextTry"_L1, nextTry);
+    insertText(json, "loss"_L1, loss);
     if (!answers.isEmpty()) {
         json.insert("answers"_L1, wmsg::proxy::toJson(answers));
     }
@@ -123,6 +126,7 @@ std::optional<IncomingRecord> IncomingRecord::fromJson(const QJsonObject &json, 
     fields.number("response"_L1, record.response);
     fields.number("attempts"_L1, record.attempts);
     fields.number("nextTry"_L1, record.nextTry, 0, kLatestTime);
+    fields.text("loss"_L1, record.loss);
     record.answers = readAnswers(json.value("answers"_L1), fields);
     fields.number("answerAttempts"_L1, record.answerAttempts);
     fields.number("nextAnswer"_L1, record.nextAnswer, 0, kLatestTime);

@@ -4,13 +4,13 @@
 #include "services/mmsproxyd/retrieval_queue.h"
 
 #include "services/common/durable_file.h"
+#include "services/common/record_fields.h"
 #include "services/mmsproxyd/answer_queue.h"
 #include "services/mmsproxyd/fetch.h"
 #include "services/mmsproxyd/http_client.h"
 #include "services/mmsproxyd/mail_file_writer.h"
 #include "services/mmsproxyd/notification.h"
 #include "services/mmsproxyd/outgoing_pdu.h"
-#include "services/mmsproxyd/record_fields.h"
 
 #include <QtCore/QFile>
 #include <QtCore/QLoggingCategory>

@@ -3,9 +3,11 @@
 
 #include "services/mmsproxyd/send_record.h"
 
-#include "services/mmsproxyd/record_fields.h"
+#include "services/common/record_fields.h"
+
 
 using namespace Qt::StringLiterals;
+using wmsg::service::RecordFields;
 
 namespace wmsg::proxy {
 

@@ -4,7 +4,7 @@
 #include "services/mmsproxyd/source_file.h"
 
 #include "services/common/durable_file.h"
-#include "services/mmsproxyd/record_fields.h"
+#include "services/common/record_fields.h"
 
 #include <QtCore/QFile>
 

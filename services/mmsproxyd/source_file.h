@@ -16,8 +16,6 @@
 
 namespace wmsg::proxy {
 
-class RecordFields;
-
 /// SourceId is a file that was copied: its path and what tells it from another file that gets the
 /// same path later, also when the file system uses the number of the file again.
 struct SourceId {

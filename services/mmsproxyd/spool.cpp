@@ -4,22 +4,17 @@
 #include "services/mmsproxyd/spool.h"
 
 #include "services/common/durable_file.h"
+#include "services/common/record_file.h"
 #include "services/mmsproxyd/retry_schedule.h"
 
 #include <QtCore/QDir>
 #include <QtCore/QFile>
-#include <QtCore/QJsonDocument>
 #include <QtCore/QLoggingCategory>
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
-#include <fcntl.h>
-#include <optional>
 #include <set>
-#include <sys/file.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 using namespace wmsg::service;
@@ -30,8 +25,7 @@ namespace {
 
 Q_LOGGING_CATEGORY(kSpool, "wmsg.spool", QtInfoMsg)
 
-constexpr int kFormat = 1; // of the records: in files; readers refuse what is above
-constexpr QLatin1String kFormatName("version");
+constexpr RecordFormat kFormat{1, Spool::kLongestRecord}; // in files: readers refuse what is above
 constexpr QLatin1String kRecord("json");
 constexpr QLatin1String kReason("txt");
 constexpr int kIdDigits = 20;
@@ -93,61 +87,6 @@ void logProblem(const QString &problem)
     }
 }
 
-/// What a folder must be for messages to be private and whole in it.
-QString problemOfFolder(const QString &path)
-{
-    struct stat state = {};
-    if (::stat(QFile::encodeName(path).constData(), &state) != 0) {
-        return path + u": "_s + systemError();
-    }
-    if (state.st_uid != ::geteuid()) {
-        return path + u": belongs to another user"_s;
-    }
-    return (state.st_mode & (S_IWGRP | S_IWOTH)) != 0 ? path + u": others may write to it"_s
-                                                      : QString();
-}
-
-/// The bytes of a record; nothing, with the reason, when it is no file that may be one.
-std::optional<QByteArray> readRecord(const QString &path, QString &reason)
-{
-    const Descriptor file(::open(QFile::encodeName(path).constData(),
-                                 O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
-    struct stat state = {};
-    if (!file.isOpen() || ::fstat(file.get(), &state) != 0) {
-        reason = u"the record cannot be opened: "_s + systemError();
-        return std::nullopt;
-    }
-    if (!S_ISREG(state.st_mode) || state.st_size > Spool::kLongestRecord) {
-        reason = u"the record is no file, or too long"_s;
-        return std::nullopt;
-    }
-    QByteArray bytes(state.st_size, Qt::Uninitialized);
-    if (::pread(file.get(), bytes.data(), static_cast<size_t>(bytes.size()), 0) != bytes.size()) {
-        reason = u"the record cannot be read: "_s + systemError();
-        return std::nullopt;
-    }
-    return bytes;
-}
-
-std::optional<QJsonObject> parse(const QByteArray &bytes, QString &reason)
-{
-    QJsonParseError error = {};
-    const QJsonDocument document = QJsonDocument::fromJson(bytes, &error);
-    if (!document.isObject()) {
-        reason = u"the record is no JSON object: %1 at offset %2"_s.arg(error.errorString())
-                     .arg(error.offset);
-        return std::nullopt;
-    }
-    const QJsonObject record = document.object();
-    if (record.value(kFormatName).toInteger() != kFormat) {
-        reason = u"the record has version %1, and only %2 is known"_s
-                     .arg(record.value(kFormatName).toInteger())
-                     .arg(kFormat);
-        return std::nullopt;
-    }
-    return record;
-}
-
 } // namespace
 
 Spool::Spool(QString folder) : m_folder(std::move(folder)) { }
@@ -156,9 +95,8 @@ QString Spool::open()
 {
     for (const QString &folder : {m_folder, folderOf(Box::Out), folderOf(Box::In), handedFolder(),
                                   returnedFolder(), keptFolder()}) {
-        QString problem = makeFolderDurably(folder);
-        problem = problem.isEmpty() ? problemOfFolder(folder) : problem;
-        problem = problem.isEmpty() && folder == m_folder ? lock() : problem;
+        QString problem = usePrivateFolder(folder);
+        problem = problem.isEmpty() && folder == m_folder ? lockFolder(folder, m_lock) : problem;
         if (!problem.isEmpty()) {
             return problem;
         }
@@ -167,18 +105,6 @@ QString Spool::open()
         countFrom(folder);
     }
     return QString();
-}
-
-QString Spool::lock()
-{
-    const QString path = m_folder + u"/lock"_s;
-    m_lock = Descriptor(::open(QFile::encodeName(path).constData(),
-                               O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0600));
-    if (m_lock.isOpen() && ::flock(m_lock.get(), LOCK_EX | LOCK_NB) == 0) {
-        return QString();
-    }
-    const bool isTaken = m_lock.isOpen() && errno == EWOULDBLOCK;
-    return isTaken ? m_folder + u": another daemon uses it"_s : path + u": "_s + systemError();
 }
 
 std::vector<Spool::Stored> Spool::restore(Box box)
@@ -190,8 +116,7 @@ std::vector<Spool::Stored> Spool::restore(Box box)
             continue;
         }
         QString reason;
-        const auto bytes = readRecord(recordPath(box, id), reason);
-        const auto record = bytes ? parse(*bytes, reason) : std::nullopt;
+        const auto record = readRecord(recordPath(box, id), kFormat, reason);
         if (record) {
             restored.push_back({id, *record});
         } else {
@@ -210,12 +135,9 @@ MessageId Spool::nextId()
     return m_lastId;
 }
 
-QString Spool::write(Box box, MessageId id, QJsonObject record) const
+QString Spool::write(Box box, MessageId id, const QJsonObject &record) const
 {
-    record.insert(kFormatName, kFormat);
-    const QByteArray bytes = QJsonDocument(record).toJson();
-    return bytes.size() <= kLongestRecord ? writeDurably(recordPath(box, id), bytes)
-                                          : recordPath(box, id) + u": the record is too long"_s;
+    return writeRecord(recordPath(box, id), record, kFormat);
 }
 
 QString Spool::remove(Box box, MessageId id) const

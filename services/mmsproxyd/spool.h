@@ -68,7 +68,7 @@ public:
     [[nodiscard]] MessageId nextId();
 
     /// write makes `record` the record of a message.
-    [[nodiscard]] QString write(Box box, MessageId id, QJsonObject record) const;
+    [[nodiscard]] QString write(Box box, MessageId id, const QJsonObject &record) const;
     /// remove removes a message: its record, then its files.
     [[nodiscard]] QString remove(Box box, MessageId id) const;
     /// removeFiles removes the files of a message; the record stays.
@@ -90,7 +90,6 @@ public:
     [[nodiscard]] QString keptFolder() const;
 
 private:
-    [[nodiscard]] QString lock();
     [[nodiscard]] QString recordPath(Box box, MessageId id) const;
     [[nodiscard]] QString folderOf(Box box) const;
     void countFrom(const QString &folder);
