@@ -50,6 +50,9 @@ struct IncomingRecord {
 
     int attempts = 0; ///< at fetching
     qint64 nextTry = 0;
+    /// What the message lacks, which came cut off: it is fetched once more, and what is there lies
+    /// in the spool as a mail file, for the case that no more comes. Null of a whole message.
+    QString loss;
 
     QList<Answer> answers; ///< oldest first
     int answerAttempts = 0; ///< at the first of them

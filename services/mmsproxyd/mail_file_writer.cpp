@@ -96,18 +96,33 @@ Taken judged(const intake::Result &read)
     return taken;
 }
 
+/// What a session is going to read.
+Taken readBack(const QString &mailFile, WMMSMsg &message)
+{
+    Taken taken;
+    message.clear();
+    const quint32 result = message.construct(mailFile, true);
+    if (result != MMS_DECODE_OK) {
+        taken.reason = u"the message does not decode: result %1"_s.arg(result);
+        return taken;
+    }
+    taken.kind = Taken::Kind::Message;
+    taken.transactionId = message.getTransactionID();
+    taken.applicationId = message.getAppID();
+    return taken;
+}
+
 /// Reads what a session is going to read, and completes what depends on it.
 void check(int file, qint64 size, Taken &taken)
 {
     WMMSMsg message;
-    message.clear();
-    const quint32 result = message.construct(u"/proc/self/fd/%1"_s.arg(file), true);
-    if (result != MMS_DECODE_OK) {
-        taken.kind = Taken::Kind::Unreadable;
-        taken.reason = u"the message does not decode: result %1"_s.arg(result);
+    const Taken read = readBack(u"/proc/self/fd/%1"_s.arg(file), message);
+    if (read.kind != Taken::Kind::Message) {
+        taken.kind = read.kind;
+        taken.reason = read.reason;
         return;
     }
-    taken.applicationId = message.getAppID();
+    taken.applicationId = read.applicationId;
     const bool hasBody = message.headerLength() > 0;
     const qint64 headerLength = hasBody ? message.headerLength() : size;
     const int mmsType = message.getMMSTypeByContentType(message.getContentType(), true);
@@ -118,8 +133,9 @@ void check(int file, qint64 size, Taken &taken)
 }
 
 /// Reads a PDU and writes it, readable, behind the room for a prefix. The PDU is in memory no
-/// longer when this returns.
-Taken convert(const QString &pduFile, qint64 limit, const service::NewFile &mail, qint64 &written)
+/// longer when this returns. A message that was cut off is written if it has more than `had` bytes.
+Taken convert(const QString &pduFile, qint64 limit, qint64 had, const service::NewFile &mail,
+              qint64 &written)
 {
     QFile fetched(pduFile);
     if (!fetched.open(QIODevice::ReadOnly)) {
@@ -139,6 +155,10 @@ Taken convert(const QString &pduFile, qint64 limit, const service::NewFile &mail
     const intake::Result read = intake::takeIn(QByteArrayView(bytes, size));
     Taken taken = judged(read);
     written = read.pdu.size();
+    if (taken.kind == Taken::Kind::Message && !taken.loss.isNull() && written <= had) {
+        taken.kind = Taken::Kind::NoBetter;
+        taken.reason = taken.loss;
+    }
     const bool isMessage = taken.kind == Taken::Kind::Message;
     return isMessage && !writePdu(mail.descriptor(), read.pdu) ? failed(mail.problem()) : taken;
 }
@@ -147,12 +167,29 @@ Taken convert(const QString &pduFile, qint64 limit, const service::NewFile &mail
 
 Taken MailFileWriter::take(const QString &pduFile, const QString &mailFile) const
 {
+    return take(pduFile, mailFile, 0);
+}
+
+Taken MailFileWriter::takeBetter(const QString &pduFile, const QString &mailFile) const
+{
+    constexpr qint64 kPrefix = sizeof(Prefix);
+    return take(pduFile, mailFile, QFileInfo(mailFile).size() - kPrefix);
+}
+
+Taken MailFileWriter::reread(const QString &mailFile)
+{
+    WMMSMsg message;
+    return readBack(mailFile, message);
+}
+
+Taken MailFileWriter::take(const QString &pduFile, const QString &mailFile, qint64 had) const
+{
     service::NewFile mail(mailFile);
     if (!mail.isOpen()) {
         return failed(mail.problem());
     }
     qint64 written = 0;
-    Taken taken = convert(pduFile, m_limit, mail, written);
+    Taken taken = convert(pduFile, m_limit, had, mail, written);
     if (taken.kind == Taken::Kind::Message) {
         check(mail.descriptor(), written, taken);
     }

@@ -15,6 +15,7 @@ namespace wmsg::proxy {
 struct Taken {
     enum class Kind {
         Message, ///< The mail file lies, durable, where it was wanted.
+        NoBetter, ///< The message is cut off, and has no more bytes than the one that was there.
         NoMessage, ///< The MMSC says that it has no message for us: see retrieveStatus.
         Unreadable, ///< No message that a session could read; fetching it again may help or not.
         Failed, ///< A file could not be read or written; another time it may.
@@ -61,7 +62,16 @@ public:
     /// The PDU goes from file to file; while it is checked, it lies in memory once.
     [[nodiscard]] Taken take(const QString &pduFile, const QString &mailFile) const;
 
+    /// takeBetter does the same when a message lies in `mailFile` that was cut off. That one stays
+    /// unless the new one is whole, or longer.
+    [[nodiscard]] Taken takeBetter(const QString &pduFile, const QString &mailFile) const;
+
+    /// reread returns what take() has returned about a mail file, as far as it is written there.
+    [[nodiscard]] static Taken reread(const QString &mailFile);
+
 private:
+    [[nodiscard]] Taken take(const QString &pduFile, const QString &mailFile, qint64 had) const;
+
     qint64 m_limit;
 };
 
