@@ -3,6 +3,8 @@
 
 #pragma once
 
+#include "sim/common/pdu_files.h"
+
 #include <QtCore/QByteArray>
 #include <QtCore/QString>
 
@@ -14,17 +16,16 @@ class PduLog {
 public:
     /// Takes a folder, which is made if it is not there; numbers go on behind those in it. Returns
     /// what is wrong with it. Without a folder nothing is kept.
-    [[nodiscard]] QString open(const QString &folder);
+    [[nodiscard]] QString open(const QString &folder) { return m_files.open(folder); }
+    [[nodiscard]] bool isOpen() const { return m_files.isOpen(); }
 
     void in(const QByteArray &pdu) { write(QStringLiteral("in"), pdu); }
     void out(const QByteArray &pdu) { write(QStringLiteral("out"), pdu); }
-    [[nodiscard]] bool isOpen() const { return !m_folder.isEmpty(); }
 
 private:
     void write(const QString &direction, const QByteArray &pdu);
 
-    QString m_folder;
-    int m_number = 0;
+    PduFiles m_files;
 };
 
 } // namespace wmsg::sim
