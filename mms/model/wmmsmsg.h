@@ -216,6 +216,12 @@ public:
     /// set. `header` may be null; else it is filled, the caller releases it with FreeMMSHdr of the
     /// engine, and its lists of recipients are cut to the first. The last argument is not used.
     /// Returns 100; 113 when the header cannot be read, 111 when the body cannot.
+    ///
+    /// The content type becomes that of a SMIL presentation for a message that has one, and stays
+    /// as it is for any other; the whole type that was stored is with the root part. So a message
+    /// that is to be sent or stored again gets it from there:
+    ///
+    ///     message.setContentType(message.getMultiParts().getContentType());
     quint32 constructWMMSMsg(unsigned short msgId, MMS_MSG_HDR_T *header, bool readBody,
                              unsigned short unused);
     /// The id of the message in the store that constructWMMSMsg() was last asked for; 65535 for
@@ -260,7 +266,6 @@ private:
     WMSG_NO_EXPORT void takeStatus(unsigned short msgId);
     WMSG_NO_EXPORT void takeValues(const MMS_MSG_HDR_T &record);
     WMSG_NO_EXPORT bool takeBody(unsigned short msgId, const MMS_MSG_HDR_T &record);
-    WMSG_NO_EXPORT void takeContentType();
 
     std::unique_ptr<MMS_HDR_S> m_header;
     WMMSMultipart m_body;

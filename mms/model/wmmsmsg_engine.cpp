@@ -394,23 +394,5 @@ bool WMMSMsg::takeBody(unsigned short msgId, const MMS_MSG_HDR_T &record)
     if (getAuxAppInfo().isEmpty()) {
         setAuxAppInfo(textOf(record.auxAppInfo));
     }
-    takeContentType();
     return true;
-}
-
-// The header record names the content type of a presentation alone. A message of any other type
-// would be without one, and could neither be sent nor stored again.
-void WMMSMsg::takeContentType()
-{
-    if (!m_header->contentType.isEmpty()) {
-        return;
-    }
-    WMMSContentType type = m_body.getContentType();
-    const auto &params = m_header->contentType.params();
-    for (auto param = params.cbegin(); param != params.cend(); ++param) {
-        if (type.getParam(param.key()).isEmpty()) {
-            type.setParam(param.key(), param.value());
-        }
-    }
-    m_header->contentType = type;
 }

@@ -171,7 +171,8 @@ bool readStored(unsigned short id, bool withBody, WMMSMsg &message)
     }
     message.setMultiParts(stored.getMultiParts());
     message.getMultiParts().clearLocalFileName();
-    message.setMMSType(stored.getMMSType());
+    const int mmsType = message.getMMSTypeByContentType(message.getContentType(), withBody);
+    message.setMMSType(static_cast<unsigned char>(mmsType));
     return true;
 }
 

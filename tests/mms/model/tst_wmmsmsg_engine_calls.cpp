@@ -639,6 +639,7 @@ void TestWmmsmsgEngineCalls::values()
         header->size = -9;
     };
     WMMSMsg message;
+    message.setSubject("before");
     message.setContentLocation("http://a");
     message.setMsgStatus(129);
     message.setMsgID("id");
@@ -655,7 +656,7 @@ void TestWmmsmsgEngineCalls::values()
     QCOMPARE(message.getMsgID(), "");
     QCOMPARE(int(message.getVersion()), 0);
     QCOMPARE(message.getTransactionID(), "");
-    QCOMPARE(message.header().subject, "");
+    QCOMPARE(message.getSubject(), "");
 }
 
 void TestWmmsmsgEngineCalls::subject_data()
@@ -722,6 +723,7 @@ void TestWmmsmsgEngineCalls::applications()
     engine.fillHeader = [](MMS_MSG_HDR_T *header) {
         header->appId = wide("你好世界🎉");
         header->replyAppId = wide("reply");
+        header->auxAppInfo = wide("aux");
     };
     WMMSMsg message;
     QCOMPARE(message.constructWMMSMsg(5, nullptr, false, 0), 100U);
@@ -730,7 +732,22 @@ void TestWmmsmsgEngineCalls::applications()
     QCOMPARE(message.constructWMMSMsg(5, nullptr, true, 0), 100U);
     QCOMPARE(message.getAppID(), "你好世界🎉");
     QCOMPARE(message.getReplyAppID(), "own");
-    QVERIFY(message.getAuxAppInfo().isEmpty());
+    QCOMPARE(message.getAuxAppInfo(), "aux");
+    // What the message has is its own.
+    engine.fillHeader = [](MMS_MSG_HDR_T *header) {
+        header->appId = wide("other");
+        header->replyAppId = wide("other");
+        header->auxAppInfo = wide("other");
+    };
+    QCOMPARE(message.constructWMMSMsg(5, nullptr, true, 0), 100U);
+    QCOMPARE(message.getAppID(), "你好世界🎉");
+    QCOMPARE(message.getReplyAppID(), "own");
+    QCOMPARE(message.getAuxAppInfo(), "aux");
+    // What nobody has stays away.
+    engine.fillHeader = nullptr;
+    WMMSMsg none;
+    QCOMPARE(none.constructWMMSMsg(5, nullptr, true, 0), 100U);
+    QCOMPARE(none.getContentType().getParamCount(), 0);
 }
 
 void TestWmmsmsgEngineCalls::classification()
@@ -744,17 +761,23 @@ void TestWmmsmsgEngineCalls::classification()
     QCOMPARE(int(message.getMMSType()), 6); // the parts are not looked at
     QCOMPARE(message.constructWMMSMsg(5, nullptr, true, 0), 100U);
     QCOMPARE(int(message.getMMSType()), 3); // no presentation among them
-    // Without a presentation the content type is that of the body.
+    // Without a presentation there is no content type, whatever the body says of itself.
     engine.fillHeader = nullptr;
     WMMSMsg mixed;
-    QCOMPARE(mixed.constructWMMSMsg(5, nullptr, false, 0), 100U);
-    QCOMPARE(int(mixed.getMMSType()), 13);
     mixed.setAppID("app");
+    for (const bool readBody : {false, true}) {
+        QCOMPARE(mixed.constructWMMSMsg(5, nullptr, readBody, 0), 100U);
+        QCOMPARE(int(mixed.getMMSType()), 13);
+        QVERIFY(mixed.getContentType().isEmpty());
+        QCOMPARE(mixed.getAppID(), "app");
+        QVERIFY(!mixed.fieldIsPresent(MMS_FIELD_CONTENT_TYPE));
+    }
+    QCOMPARE(mixed.getMultiParts().getContentType().getMimeType(), kMixed);
+    // A message that has one keeps it, and is classified by it.
+    mixed.setContentType(typeOf("image/gif"));
     QCOMPARE(mixed.constructWMMSMsg(5, nullptr, true, 0), 100U);
-    QCOMPARE(int(mixed.getMMSType()), 3);
-    QCOMPARE(mixed.getContentType().getMimeType(), kMixed);
-    QCOMPARE(mixed.getAppID(), "app");
-    QVERIFY(!mixed.fieldIsPresent(MMS_FIELD_CONTENT_TYPE));
+    QCOMPARE(mixed.getContentType().getMimeType(), "image/gif");
+    QCOMPARE(int(mixed.getMMSType()), 2);
 }
 
 void TestWmmsmsgEngineCalls::logOfReading()
@@ -765,14 +788,27 @@ void TestWmmsmsgEngineCalls::logOfReading()
         static_cast<MMS_MSG_BDY_T &>(record) = {};
     };
     engine.fillHeader = [](MMS_MSG_HDR_T *header) {
-        header->to = wide("1");
+        header->from = wide("f");
+        header->to = wide("t");
+        header->cc = wide("c");
+        header->bcc = wide("b");
     };
     WMMSMsg message;
     LogCapture log;
     QCOMPARE(message.constructWMMSMsg(5, nullptr, true, 0), 100U);
     QCOMPARE(log.lines(),
-             (QStringList{"utf8_str=1", "Filled the presentation content type", "Decoding Body",
-                          "Type for the main content type is text/plain", "mmsType=3"}));
+             (QStringList{"utf8_str=c", "utf8_str=t", "utf8_str=b", "utf8_str=f",
+                          "Filled the presentation content type", "Decoding Body",
+                          "Wrong content type", "mmsType=13"}));
+    // The type by which a presentation is filed is looked for among the parts.
+    engine.fillHeader = [](MMS_MSG_HDR_T *header) {
+        header->presentation = narrow("application/smil");
+    };
+    log.clear();
+    QCOMPARE(WMMSMsg().constructWMMSMsg(5, nullptr, true, 0), 100U);
+    QCOMPARE(log.lines(),
+             (QStringList{"Filled the presentation content type", "Decoding Body",
+                          "MMS_MSGDB_MSG_TYPE_LETTER_MIXED", "mmsType=3"}));
 }
 
 QTEST_GUILESS_MAIN(TestWmmsmsgEngineCalls)

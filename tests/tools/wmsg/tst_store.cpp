@@ -240,6 +240,7 @@ void TestStore::exportAndAddAgain()
     QCOMPARE(content("3"), content("1"));
     // A message that is no presentation too.
     QCOMPARE(desk.store("export", {"2", "-o", "letter.mms"}).exitCode, 0);
+    QCOMPARE(desk.run({"decode", "--json", "letter.mms"}).json()["mmsType"].toInt(), 3);
     QCOMPARE(desk.store("add", {"letter.mms"}).exitCode, 0);
     QCOMPARE(content("4"), content("2"));
 }
@@ -375,6 +376,9 @@ void TestStore::refusals()
                      "denied"));
     QCOMPARE(chmod(desk.path("root").toLocal8Bit().constData(), 0755), 0);
     QCOMPARE(desk.store("add", {"notification"}).exitCode, 0);
+    desk.write("root/mms/engine/messages.db", QByteArray(5000, 'x'));
+    QCOMPARE(desk.store("add", {"notification"}).errorLine(),
+             QString("wmsg: notification: the store root/mms/engine/: file is not a database"));
 }
 
 void TestStore::log()
