@@ -12,12 +12,37 @@
 #include <QtCore/QTemporaryDir>
 #include <QtTest/QtTest>
 
+#include <cerrno>
 #include <csignal>
+#include <cstdarg>
 #include <type_traits>
 
+#include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
+
+/// How many of the names that are asked for next another process takes first.
+static int s_namesToTake = 0;
+
+/// Stands in front of the one of the C library.
+extern "C" Q_DECL_EXPORT int open(const char *path, int flags, ...)
+{
+    va_list more;
+    va_start(more, flags);
+    const mode_t mode = (flags & O_CREAT) ? va_arg(more, mode_t) : 0;
+    va_end(more);
+    if (s_namesToTake > 0 && (flags & O_CREAT)) {
+        --s_namesToTake;
+        const long fd = syscall(SYS_openat, AT_FDCWD, path, O_WRONLY | O_CREAT | O_EXCL, 0600);
+        if (write(int(fd), "mine", 4) != 4) {
+            qFatal("open");
+        }
+        close(int(fd));
+    }
+    return int(syscall(SYS_openat, AT_FDCWD, path, flags, mode));
+}
 
 namespace {
 
@@ -81,6 +106,7 @@ private slots:
     void saveToTmpFileKeepsTheName();
     void tmpFileIsPrivate();
     void tmpNamesAreNotTaken();
+    void namesTakenInBetween();
     void tmpNames_data();
     void tmpNames();
     void unwritableTmpFile_data();
@@ -177,6 +203,28 @@ void TestWMMSDrmUtil::tmpNamesAreNotTaken()
     QVERIFY(!QFile::exists(nowhere));
     for (const char *end : {"", "0", "1"}) {
         QVERIFY(QFile::remove("/tmp/" + name + end));
+    }
+}
+
+/// The file of another process that was faster is neither opened nor changed.
+void TestWMMSDrmUtil::namesTakenInBetween()
+{
+    const QString name = freshName("");
+    WMMSMultipart part = drmPart(name);
+    s_namesToTake = 2;
+    QCOMPARE(WMMSDrmUtil::saveToTmpFile(&part), "/tmp/" + name + "1");
+    for (const char *end : {"", "0"}) {
+        QFile taken("/tmp/" + name + end);
+        QVERIFY(taken.open(QIODevice::ReadOnly));
+        QCOMPARE(taken.readAll(), "mine");
+    }
+    // Somebody who is always faster does not keep it here for ever.
+    s_namesToTake = 1000;
+    QCOMPARE(WMMSDrmUtil::saveToTmpFile(&part), "");
+    QCOMPARE(1000 - s_namesToTake, 100);
+    s_namesToTake = 0;
+    for (const QString &file : leftFiles()) {
+        QVERIFY(QFile::remove("/tmp/" + file));
     }
 }
 

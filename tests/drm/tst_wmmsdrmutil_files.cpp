@@ -178,6 +178,9 @@ void TestWMMSDrmUtilFiles::storedMessage()
     const unsigned short absent = contentId + 100;
     QVERIFY(!WMMSDrmUtil::canBeForwardedDrmCheck(absent));
     QVERIFY(!WMMSDrmUtil::canBeForwardedDrmCheck(MMS_ENG_INVALID_ID));
+    // The header alone does not do.
+    QVERIFY(QFile::remove(root.store() + "parts/2.part"));
+    QVERIFY(!WMMSDrmUtil::canBeForwardedDrmCheck(contentId));
 }
 
 QTEST_GUILESS_MAIN(TestWMMSDrmUtilFiles)
