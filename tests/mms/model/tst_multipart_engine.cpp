@@ -10,6 +10,7 @@
 
 #include <QtTest/QtTest>
 
+#include <climits>
 #include <memory>
 #include <vector>
 
@@ -91,6 +92,7 @@ private slots:
     void nullAndEmptyTexts();
     void textInMemory_data();
     void textInMemory();
+    void tooLongATextInMemory();
     void otherInMemory();
     void withoutData();
     void files();
@@ -249,6 +251,18 @@ void TestMultipartEngine::textInMemory()
     QVERIFY(root.constructWMMSBdy(&body));
     QCOMPARE(hexOf(root.subParts()->first().getData()), inHex(data));
     QCOMPARE(log.lines().last(), QString("will convert to utf8 in construct wmmsbdy\n"));
+}
+
+// There is no array for the bytes that so many units may take.
+void TestMultipartEngine::tooLongATextInMemory()
+{
+    for (const int size : {INT_MAX / 2 + 1, INT_MAX}) {
+        BodyRecord body("a/b");
+        addWide(body, "text/plain", "a").size = size;
+        WMMSMultipart root;
+        QVERIFY(!root.constructWMMSBdy(&body));
+        QVERIFY(!root.subParts());
+    }
 }
 
 void TestMultipartEngine::otherInMemory()

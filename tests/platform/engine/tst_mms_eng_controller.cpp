@@ -81,6 +81,7 @@ private slots:
     void nullRecords();
     void anotherRoot();
     void storeRemovedUnderneath();
+    void aRefusedBodyLeavesNothing();
     void leftOversAreSwept();
     void migration();
     void check();
@@ -562,6 +563,31 @@ void TestMmsEngController::storeRemovedUnderneath()
     QVERIFY(QDir(root.store()).removeRecursively());
     QCOMPARE(created(root, 1), Id(1));
     QCOMPARE(root.partFiles(), QStringList{"1.part"});
+}
+
+// The bytes are there before the rows; when these are refused the bytes go.
+void TestMmsEngController::aRefusedBodyLeavesNothing()
+{
+    const StorageRoot root;
+    const Id id = created(root, 1, "kept");
+    changeStore(root,
+                {"CREATE TRIGGER refusal BEFORE INSERT ON part BEGIN "
+                 "SELECT RAISE(ABORT, 'not today'); END"});
+    const HeaderRecord header;
+    BodyRecord body("text/plain");
+    body.add("text/plain", "new");
+    LogCapture log;
+    QCOMPARE(root->UpdateMMS(2, id, &header, &body), int(MMS_ENG_FAIL));
+    QCOMPARE(created(root, 1, "new"), MMS_ENG_INVALID_ID);
+    QCOMPARE(log.lines(),
+             QStringList(2, "MMS engine: the store " + root.store() + ": not today\n"));
+    QCOMPARE(root.partFiles(), QStringList{"1.part"});
+    BodyRecord read;
+    QCOMPARE(root->ReadMMSBody(id, &read), int(MMS_ENG_OK));
+    QCOMPARE(read.bytes(0), QByteArray("kept"));
+    Id folder = 0;
+    QCOMPARE(root->FindMMS(id, &folder), int(MMS_ENG_OK));
+    QCOMPARE(folder, Id(1));
 }
 
 // A killed writer leaves a file, and the number of it is given again.
