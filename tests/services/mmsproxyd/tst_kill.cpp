@@ -54,6 +54,7 @@ public:
     QList<QByteArray> sends; // send requests
     QList<QByteArray> answers; // notify-responses and acknowledges
     int fetched = 0;
+    bool isCutting = false; ///< What it gives lacks its last bytes.
 
 private:
     void read(QTcpSocket *client)
@@ -75,7 +76,8 @@ private:
     {
         if (isGet) {
             ++fetched;
-            return retrieveConfirmation("hello");
+            const QByteArray message = retrieveConfirmation("hello");
+            return isCutting ? message.chopped(2) : message;
         }
         if (body.startsWith("\x8C\x80\x98")) {
             sends.append(body);
@@ -235,11 +237,14 @@ private slots:
 
     void whileItSends();
     void whileItRetrieves();
+    void whileItRetrievesWhatIsCutOff();
 
 private:
     using Exchange = bool(int killAt, int killAgainAt);
     static Exchange sends;
     static Exchange retrieves;
+    static Exchange retrievesWhatIsCutOff;
+    static bool retrieve(World &world, int killAt, int killAgainAt, const QByteArray &text);
     static void killAtEveryStep(Exchange *exchange);
 };
 
@@ -294,6 +299,27 @@ void TestKill::whileItSends()
 bool TestKill::retrieves(int killAt, int killAgainAt)
 {
     World world;
+    return retrieve(world, killAt, killAgainAt, "hello");
+}
+
+/// The same with a message that is cut off each time: it is fetched again once, and an attempt that
+/// was killed may be made again.
+bool TestKill::retrievesWhatIsCutOff(int killAt, int killAgainAt)
+{
+    World world;
+    world.mmsc.isCutting = true;
+    const bool wasKilled = retrieve(world, killAt, killAgainAt, "hel");
+    constexpr int kFetches = 2;
+    constexpr int kKills = 2;
+    const int fetched = world.mmsc.fetched;
+    QTest::qVerify(fetched >= kFetches && fetched <= kFetches + kKills, "fetched",
+                   QByteArray("fetched " + QByteArray::number(fetched) + " times").constData(),
+                   __FILE__, __LINE__);
+    return wasKilled;
+}
+
+bool TestKill::retrieve(World &world, int killAt, int killAgainAt, const QByteArray &text)
+{
     const QByteArray notice = notificationOf("T1", world.mmsc.url("/message"));
     bool wasKilled = false;
     bool isPushed = false;
@@ -340,7 +366,7 @@ bool TestKill::retrieves(int killAt, int killAgainAt)
     }
     QTest::qVerify(problems.isEmpty(), "problems", qPrintable(problems.join(", ")), __FILE__,
                    __LINE__);
-    QTest::qVerify(texts == QList<QByteArray>{"hello"}, "texts",
+    QTest::qVerify(texts == QList<QByteArray>{text}, "texts",
                    QByteArray("came " + QByteArray::number(texts.size()) + " times").constData(),
                    __FILE__, __LINE__);
     for (const QByteArray &answer : std::as_const(world.mmsc.answers)) {
@@ -354,6 +380,11 @@ bool TestKill::retrieves(int killAt, int killAgainAt)
 void TestKill::whileItRetrieves()
 {
     killAtEveryStep(retrieves);
+}
+
+void TestKill::whileItRetrievesWhatIsCutOff()
+{
+    killAtEveryStep(retrievesWhatIsCutOff);
 }
 
 /// One exchange has a step more than another, now and then.
