@@ -8,6 +8,8 @@
 #include "mms/model/result_codes.h"
 #include "mms/model/wmmsmsg.h"
 #include "services/intake/intake.h"
+#include "services/intake/part_header.h"
+#include "services/intake/wire_values.h"
 
 #include <QtCore/QByteArray>
 
@@ -25,6 +27,38 @@ void checkRemarks(const QList<Remark> &remarks, size_t size)
     }
 }
 
+QByteArray bare(QByteArray text)
+{
+    return text.replace('"', "").replace('<', "").replace('>', "");
+}
+
+/// What the codec reads of the headers of parts is what they say.
+void checkParts(const QByteArray &body, const WMMSMsg &message)
+{
+    const auto *parts = message.getMultiParts().subParts();
+    if (!parts || parts->isEmpty()) {
+        return;
+    }
+    WSP_Stream stream = streamOver(body);
+    quint8 count = 0;
+    require(stream.readByte(count) == 1 && count == parts->size(), "all parts are read");
+    for (const WMMSMultipart &part : *parts) {
+        quint32 headerLength = 0;
+        quint32 dataLength = 0;
+        stream.readUintvar(headerLength);
+        stream.readUintvar(dataLength);
+        const qint32 data = stream.pos + static_cast<qint32>(headerLength);
+        const PartHeader header = readPartHeader(bytesBetween(stream, stream.pos, data));
+        stream.pos = data + static_cast<qint32>(dataLength);
+        require(part.getContentType().getMimeType().toUtf8() == header.type.media,
+                "a part has the type that it says");
+        require(bare(part.getContentID().toUtf8()) == bare(header.id), "a part has its id");
+        require(header.location.isEmpty()
+                    || bare(part.getContentLocation().toUtf8()) == bare(header.location),
+                "a part has its location");
+    }
+}
+
 void checkReadable(const Result &result, const QByteArray &input, Origin origin)
 {
     const QByteArray pdu = result.pdu.joined();
@@ -34,6 +68,9 @@ void checkReadable(const Result &result, const QByteArray &input, Origin origin)
                                  static_cast<size_t>(pdu.size()));
     WMMSMsg message;
     require(message.construct(bytes, true) == MMS_DECODE_OK, "the codec reads what intake returns");
+    if (message.headerLength() > 0 && message.getContentType().needDecode()) {
+        checkParts(pdu.sliced(message.headerLength()), message);
+    }
     const Result again = takeIn(pdu, origin);
     require(again.verdict == Verdict::Readable, "what intake returned is readable");
     require(again.isUnchanged && again.pdu.joined() == pdu,

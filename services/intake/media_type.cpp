@@ -20,6 +20,8 @@ namespace {
 
 constexpr quint8 kHighBit = 0x80;
 constexpr quint8 kLengthQuote = 31;
+constexpr int kLocation = 0x8E;
+constexpr int kContentId = 0xC0;
 constexpr int kRelated = 0x33;
 constexpr int kMixed = 0x23;
 constexpr int kHighestWritten = 62; // the library writes the higher ones as text
@@ -82,10 +84,15 @@ class ParameterReader {
 public:
     ParameterReader(WSP_Stream &stream, MediaType &type) : m_stream(stream), m_type(type) { }
 
-    void readAll()
+    /// A part's headers may follow where the length of the content type is too long; no parameter
+    /// has the number of those that matter.
+    void readAll(bool isLengthTrue)
     {
         while (m_stream.hasMore()) {
             const int first = peekByte(m_stream);
+            if (!isLengthTrue && (first == kLocation || first == kContentId)) {
+                return;
+            }
             if (first == 0) {
                 ++m_stream.pos;
                 notPlain();
@@ -356,8 +363,8 @@ void readGeneralForm(WSP_Stream &stream, MediaType &type)
     WSP_Stream value(stream.data, stream.pos + static_cast<qint32>(qMin(length, remaining)));
     value.pos = stream.pos;
     readMedia(value, type);
-    ParameterReader(value, type).readAll();
-    stream.pos = value.size;
+    ParameterReader(value, type).readAll(length <= remaining);
+    stream.pos = value.pos;
 }
 
 QByteArray namedParameter(const char *name, const QByteArray &value)

@@ -87,6 +87,8 @@ const WrittenRow kWritten[] = {
     {"a parameter that the codec does not know", "05 9E 8B 61 62 00", "x", "9E", "x"},
     {"a number of two bytes", "04 02 00 1E", "x", "9E", "x"},
     {"a length past the end", "1E 9E", "x", "9E", "x"},
+    {"a length past the end, and a location", "1E 9E 85 61 00 8E 62 00 C0 22 3C 69 3E 00", "x",
+     "04 9E 85 62 00 8E 62 00 C0 22 3C 69 3E 00", "x"},
     {"no type", "", "x",
      "19 61 70 70 6C 69 63 61 74 69 6F 6E 2F 6F 63 74 65 74 2D 73 74 72 65 61 6D 00", "x"},
     {"no type at all", "61 62 00", "x",
