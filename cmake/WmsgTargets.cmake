@@ -43,10 +43,42 @@ function(wmsg_compile_options target)
     endif()
 endfunction()
 
-# Library and program code spells conversions and signals out; tests are free of that.
+# Reading the headers of Qt is most of the time that a source takes to compile: all targets of a group share one
+# compiled copy of the group's headers. A compiler cache wins more, and cannot see through precompiled headers.
+# Only developers' builds do this, so that the others, and the analyser, see to it that each source includes
+# what it needs. A copy fits where the macros of its own compilation are defined too.
+function(wmsg_share_headers target group)
+    cmake_parse_arguments(ARG "" "" "HEADERS;LIBS;OPTIONS" ${ARGN})
+    if(CMAKE_CXX_COMPILER_LAUNCHER OR NOT WMSG_DEVELOPER)
+        return()
+    endif()
+    set(owner wmsg-${group}-headers)
+    if(NOT TARGET ${owner})
+        file(CONFIGURE OUTPUT ${PROJECT_BINARY_DIR}/${group}_headers.cpp CONTENT "// Holds nothing.\n")
+        add_library(${owner} OBJECT ${PROJECT_BINARY_DIR}/${group}_headers.cpp)
+        wmsg_compile_options(${owner})
+        target_compile_options(${owner} PRIVATE ${ARG_OPTIONS})
+        set_target_properties(${owner} PROPERTIES AUTOMOC OFF)
+        target_link_libraries(${owner} PRIVATE ${ARG_LIBS})
+        target_precompile_headers(${owner} PRIVATE ${ARG_HEADERS})
+    endif()
+    target_precompile_headers(${target} REUSE_FROM ${owner})
+endfunction()
+
+# Library and program code spells conversions and signals out; tests are free of that. HEADERS are large ones
+# that most sources of the target include beside those of Qt.
 function(wmsg_strict_qt target)
-    target_compile_definitions(${target} PRIVATE
-        QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_KEYWORDS)
+    cmake_parse_arguments(ARG "" "" "HEADERS" ${ARGN})
+    set(strictness -DQT_NO_CAST_FROM_ASCII -DQT_NO_CAST_TO_ASCII -DQT_NO_KEYWORDS)
+    target_compile_options(${target} PRIVATE ${strictness})
+    set(group qt)
+    if(ARG_HEADERS)
+        set(group ${target})
+    endif()
+    wmsg_share_headers(${target} ${group} LIBS Qt6::Core OPTIONS ${strictness} HEADERS
+        <QtCore/QDateTime> <QtCore/QDir> <QtCore/QFile> <QtCore/QHash> <QtCore/QJsonObject>
+        <QtCore/QLoggingCategory> <QtCore/QObject> <QtCore/QStringList> <QtCore/QTimer>
+        <algorithm> <array> <functional> <memory> <optional> <string> <vector> ${ARG_HEADERS})
 endfunction()
 
 # The SDK library; the folders add their sources with target_sources() and wmsg_public_headers().
@@ -73,34 +105,17 @@ function(wmsg_public_headers)
     target_sources(wmsg PUBLIC FILE_SET HEADERS BASE_DIRS ${PROJECT_SOURCE_DIR} FILES ${ARGN})
 endfunction()
 
-# Reading the Qt headers is most of the time that a test takes to compile: all tests share one compiled
-# copy. A compiler cache wins more, and cannot see through precompiled headers.
-function(wmsg_share_test_headers target)
-    if(CMAKE_CXX_COMPILER_LAUNCHER)
-        return()
-    endif()
-    # Qt hands each test its own folder as a macro; a shared copy wants the same macros everywhere.
-    set(same_macros -UQT_TESTCASE_BUILDDIR -UQT_TESTCASE_SOURCEDIR)
-    target_compile_options(${target} PRIVATE ${same_macros})
-    if(NOT TARGET wmsg-test-headers)
-        file(CONFIGURE OUTPUT ${PROJECT_BINARY_DIR}/test_headers.cpp CONTENT "// Holds nothing.\n")
-        add_library(wmsg-test-headers OBJECT ${PROJECT_BINARY_DIR}/test_headers.cpp)
-        wmsg_compile_options(wmsg-test-headers)
-        target_compile_options(wmsg-test-headers PRIVATE ${same_macros})
-        set_target_properties(wmsg-test-headers PROPERTIES AUTOMOC OFF)
-        target_link_libraries(wmsg-test-headers PRIVATE Qt6::Test Qt6::Network)
-        target_precompile_headers(wmsg-test-headers PRIVATE <QtTest/QtTest>)
-    endif()
-    target_precompile_headers(${target} REUSE_FROM wmsg-test-headers)
-endfunction()
-
 # One test program per source; its name is the source's. ENVIRONMENT and LIBS are optional.
 function(wmsg_add_test source)
     cmake_parse_arguments(ARG "" "RESOURCE_LOCK" "LIBS;SOURCES;LABELS;ENVIRONMENT" ${ARGN})
     get_filename_component(name ${source} NAME_WE)
     add_executable(${name} ${source} ${ARG_SOURCES})
     wmsg_compile_options(${name})
-    wmsg_share_test_headers(${name})
+    # Qt hands each test its own folder as a macro; a shared copy wants the same macros everywhere.
+    set(same_macros -UQT_TESTCASE_BUILDDIR -UQT_TESTCASE_SOURCEDIR)
+    target_compile_options(${name} PRIVATE ${same_macros})
+    wmsg_share_headers(${name} test HEADERS <QtTest/QtTest> LIBS Qt6::Test Qt6::Network
+        OPTIONS ${same_macros})
     target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR})
     target_compile_definitions(${name} PRIVATE WMSG_TEST_DATA="${PROJECT_SOURCE_DIR}/tests/data")
     target_link_libraries(${name} PRIVATE wmsg wmsg::system wmsg::mimetype Qt6::Test ${ARG_LIBS})
