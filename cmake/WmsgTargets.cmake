@@ -116,6 +116,9 @@ function(wmsg_add_test source)
     target_compile_options(${name} PRIVATE ${same_macros})
     wmsg_share_headers(${name} test HEADERS <QtTest/QtTest> LIBS Qt6::Test Qt6::Network
         OPTIONS ${same_macros})
+    # The meta-objects of a test are in its .moc; the other generated source is mostly empty.
+    set_source_files_properties(${CMAKE_CURRENT_BINARY_DIR}/${name}_autogen/mocs_compilation.cpp
+        PROPERTIES SKIP_PRECOMPILE_HEADERS ON)
     target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR})
     target_compile_definitions(${name} PRIVATE WMSG_TEST_DATA="${PROJECT_SOURCE_DIR}/tests/data")
     target_link_libraries(${name} PRIVATE wmsg wmsg::system wmsg::mimetype Qt6::Test ${ARG_LIBS})
