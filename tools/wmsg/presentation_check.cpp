@@ -3,11 +3,8 @@
 
 #include "tools/wmsg/presentation_check.h"
 
-#include <util/mms_util_common.h>
-
-#include <QtCore/QXmlStreamReader>
-
-#include <algorithm>
+#include "tools/wmsg/part_names.h"
+#include "tools/wmsg/smil_reader.h"
 
 using namespace Qt::StringLiterals;
 
@@ -15,49 +12,39 @@ namespace wmsg::cli {
 
 namespace {
 
-bool isNamed(const WalkedPart &part, const QString &reference)
+PartNames namesOf(const QList<WalkedPart> &parts)
 {
-    return MMS_UTIL_Common::isCidEqual(reference, part.contentId)
-        || MMS_UTIL_Common::isCidEqual(reference, part.contentLocation);
+    PartNames names;
+    int number = 0;
+    for (const WalkedPart &part : parts) {
+        names.add(part.contentId, number);
+        names.add(part.contentLocation, number);
+        ++number;
+    }
+    return names;
 }
 
-bool isThere(const QList<WalkedPart> &parts, const QString &reference)
-{
-    return std::any_of(parts.begin(), parts.end(),
-                       [&](const WalkedPart &part) { return isNamed(part, reference); });
-}
-
-void checkReference(WalkNotes &notes, const WalkedPart &smil, const QList<WalkedPart> &parts,
+void checkReference(WalkNotes &notes, const WalkedPart &smil, const PartNames &names,
                     const QString &source)
 {
     if (source.contains("://"_L1)) {
         notes.warn(smil.dataOffset, smil.field,
                    u"the presentation shows %1, which is not in the message"_s.arg(quoted(source)));
-    } else if (!isThere(parts, source)) {
+    } else if (!names.find(source)) {
         notes.warn(smil.dataOffset, smil.field,
                    u"the presentation shows %1, and no part has that name"_s.arg(quoted(source)));
     }
 }
 
-void checkSmil(WalkNotes &notes, const WalkedPart &smil, const QList<WalkedPart> &parts,
+void checkSmil(WalkNotes &notes, const WalkedPart &part, const PartNames &names,
                QByteArrayView file)
 {
-    QByteArrayView text = file.sliced(smil.dataOffset, smil.dataLength);
-    while (text.endsWith('\0')) {
-        text.chop(1);
+    const Smil smil = readSmil(file.sliced(part.dataOffset, part.dataLength));
+    for (const QString &source : smil.sources) {
+        checkReference(notes, part, names, source);
     }
-    QXmlStreamReader xml(text.toByteArray());
-    xml.setNamespaceProcessing(false);
-    while (!xml.atEnd()) {
-        if (xml.readNext() == QXmlStreamReader::StartElement
-            && xml.attributes().hasAttribute("src"_L1)) {
-            checkReference(notes, smil, parts, xml.attributes().value("src"_L1).toString());
-        }
-    }
-    if (xml.hasError()) {
-        notes.warn(smil.dataOffset, smil.field,
-                   u"the presentation is no proper XML, line %1: %2"_s.arg(xml.lineNumber())
-                       .arg(xml.errorString()));
+    if (!smil.problem.isEmpty()) {
+        notes.warn(part.dataOffset, part.field, smil.problem);
     }
 }
 
@@ -66,14 +53,15 @@ void checkSmil(WalkNotes &notes, const WalkedPart &smil, const QList<WalkedPart>
 void checkPresentation(WalkNotes &notes, const WMMSContentType &type,
                        const QList<WalkedPart> &parts, QByteArrayView file)
 {
+    const PartNames names = namesOf(parts);
     const QString start = type.getParamStart();
-    if (!start.isEmpty() && !parts.isEmpty() && !isThere(parts, start)) {
+    if (!start.isEmpty() && !parts.isEmpty() && !names.find(start)) {
         notes.warn(parts.first().offset, u"Content-Type"_s,
                    u"no part has the start %1"_s.arg(quoted(start)));
     }
     for (const WalkedPart &part : parts) {
         if (part.contentType.getMimeType() == "application/smil"_L1) {
-            checkSmil(notes, part, parts, file);
+            checkSmil(notes, part, names, file);
         }
     }
 }
