@@ -107,6 +107,7 @@ private:
     enum Token {
         Q = 0,
         CharsetToken = 1,
+        TypeNumber = 3,
         Name = 5,
         FileName = 6,
         Type = 9,
@@ -138,6 +139,9 @@ private:
         case FileNameAgain:
             notPlain();
             return readTextTo(m_type.fileName);
+        case TypeNumber:
+            notPlain();
+            return readTypeValue();
         case Type:
             m_type.isPlainInPart = false; // taken for the start there
             return readTypeValue();

@@ -213,6 +213,8 @@ void TestBodyIntake::headerTypes_data()
     row("quotes around type and start", "0D B3 8A 22 3C 73 3E 22 00 89 22 74 22 00",
         "09 B3 8A 3C 73 3E 00 89 74 00");
     row("the type as a number", "03 B3 89 9E", "0D B3 89 69 6D 61 67 65 2F 6A 70 65 67 00");
+    row("the type as a number, by its other name", "03 B3 83 9E",
+        "0D B3 89 69 6D 61 67 65 2F 6A 70 65 67 00");
     row("the start of 1.4", "04 B3 99 73 00", "04 B3 8A 73 00");
     row("parameters with names", "0F B3 73 74 61 72 74 00 73 00 66 6F 6F 00 62 00",
         "04 B3 8A 73 00");
