@@ -27,16 +27,17 @@ void addNetwork(CLI::App &program, Options &options)
         ->type_name("PORT")
         ->capture_default_str();
     program
-        .add_option("--subscriber", options.subscribers,
-                    "Somebody with a phone: the address and the push socket of the daemon; may be "
-                    "given again")
-        ->type_name("ADDRESS=SOCKET")
+        .add_option(
+            "--subscriber", options.subscribers,
+            "Somebody with a phone: the address, and the push socket of the daemon, or sms: "
+            "and the control socket of the modem; may be given again")
+        ->type_name("ADDRESS=[sms:]SOCKET")
         ->allow_extra_args(false)
         ->take_all();
     program
         .add_option("--default-push", options.defaultPush,
-                    "The push socket that all other addresses lead to; without it they are unknown")
-        ->type_name("SOCKET");
+                    "The socket that all other addresses lead to; without it they are unknown")
+        ->type_name("[sms:]SOCKET");
     program
         .add_option("--sender", options.sender,
                     "Who sends what names no sender itself, nor in a header x-msisdn")
@@ -114,12 +115,17 @@ int complain(const QString &problem)
     return kExitUsage;
 }
 
+bool isWay(const QString &text)
+{
+    return text.startsWith(u'/') || text.startsWith(kShortMessages + u'/');
+}
+
 std::optional<int> check(const Options &options)
 {
     QString address;
-    QString socket;
+    QString way;
     for (const std::string &subscriber : options.subscribers) {
-        const QString problem = readSubscriber(subscriber, address, socket);
+        const QString problem = readSubscriber(subscriber, address, way);
         if (!problem.isEmpty()) {
             return complain(problem);
         }
@@ -127,9 +133,10 @@ std::optional<int> check(const Options &options)
     if (addressKey(QString::fromStdString(options.sender)).isEmpty()) {
         return complain(u"--sender: this is no address"_s);
     }
-    const bool isAbsolute = options.defaultPush.empty() || options.defaultPush.front() == '/';
-    return isAbsolute ? std::nullopt
-                      : std::optional(complain(u"--default-push: the path is not absolute"_s));
+    const bool isFine =
+        options.defaultPush.empty() || isWay(QString::fromStdString(options.defaultPush));
+    return isFine ? std::nullopt
+                  : std::optional(complain(u"--default-push: the path is not absolute"_s));
 }
 
 } // namespace
@@ -157,15 +164,18 @@ std::optional<int> readOptions(int argc, char **argv, Options &options)
     return check(options);
 }
 
-QString readSubscriber(const std::string &text, QString &address, QString &socket)
+QString readSubscriber(const std::string &text, QString &address, QString &way)
 {
     const QString whole = QString::fromStdString(text);
-    const qsizetype equals = whole.indexOf(u"=/"_s);
+    qsizetype equals = whole.indexOf(u'=');
+    while (equals >= 0 && !isWay(whole.sliced(equals + 1))) {
+        equals = whole.indexOf(u'=', equals + 1);
+    }
     if (equals < 0) {
         return u"--subscriber %1: this is not ADDRESS=SOCKET with an absolute path"_s.arg(whole);
     }
     address = whole.first(equals);
-    socket = whole.sliced(equals + 1);
+    way = whole.sliced(equals + 1);
     return addressKey(address).isEmpty() ? u"--subscriber %1: there is no address"_s.arg(whole)
                                          : QString();
 }

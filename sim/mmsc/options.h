@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include <QtCore/QLatin1String>
 #include <QtCore/QString>
 #include <QtCore/QStringList>
 
@@ -15,7 +16,7 @@ namespace wmsg::sim {
 /// What the program was told, on the command line and in its configuration file.
 struct Options {
     unsigned port = 0;
-    std::vector<std::string> subscribers; ///< ADDRESS=SOCKET
+    std::vector<std::string> subscribers; ///< ADDRESS=WAY
     std::string defaultPush;
     std::string sender = "+15550100";
     std::vector<std::string> faults;
@@ -33,7 +34,13 @@ struct Options {
 /// Reads the arguments. The result, when there is one, is how the program ends: it has said why.
 [[nodiscard]] std::optional<int> readOptions(int argc, char **argv, Options &options);
 
+// way := [ "sms:" ] path
+
+/// What stands in front of the control socket of a modem simulator; a path alone is the push socket
+/// of a proxy daemon.
+inline constexpr QLatin1String kShortMessages("sms:");
+
 /// One of the subscribers that were given. Returns what is wrong with the text, or an empty one.
-[[nodiscard]] QString readSubscriber(const std::string &text, QString &address, QString &socket);
+[[nodiscard]] QString readSubscriber(const std::string &text, QString &address, QString &way);
 
 } // namespace wmsg::sim

@@ -5,43 +5,12 @@
 
 #include "sim/mmsc/pdus.h"
 
-#include <QtCore/QDir>
-#include <QtCore/QLoggingCategory>
-#include <QtCore/QSaveFile>
-
-#include <algorithm>
-
-using namespace Qt::StringLiterals;
-
 namespace wmsg::sim {
-
-namespace {
-Q_LOGGING_CATEGORY(logPdus, "wmsg.sim.mmsc.pdus", QtWarningMsg)
-} // namespace
-
-QString PduLog::open(const QString &folder)
-{
-    if (!QDir().mkpath(folder)) {
-        return u"%1: the folder cannot be made"_s.arg(folder);
-    }
-    const QStringList names = QDir(folder).entryList({u"*.pdu"_s}, QDir::Files);
-    for (const QString &name : names) {
-        m_number = std::max(m_number, name.section(u'-', 0, 0).toInt());
-    }
-    m_folder = folder;
-    return {};
-}
 
 void PduLog::write(const QString &direction, const QByteArray &pdu)
 {
-    if (!isOpen()) {
-        return;
-    }
-    const QString name = u"%1-%2-%3.pdu"_s.arg(++m_number, 4, 10, QLatin1Char('0'))
-                             .arg(direction, pduName(pduType(pdu)));
-    QSaveFile file(QDir(m_folder).filePath(name));
-    if (!file.open(QIODevice::WriteOnly) || file.write(pdu) != pdu.size() || !file.commit()) {
-        qCWarning(logPdus, "%s: %s", qUtf8Printable(name), qUtf8Printable(file.errorString()));
+    if (m_files.isOpen()) {
+        m_files.write(direction + QLatin1Char('-') + pduName(pduType(pdu)), pdu);
     }
 }
 

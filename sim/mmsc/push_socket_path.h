@@ -22,8 +22,6 @@ public:
 
     void push(const QByteArray &pdu, QObject *receiver, Done done) override;
 
-    [[nodiscard]] const QString &socket() const { return m_socket; }
-
 private:
     struct Waiting {
         QByteArray pdu;

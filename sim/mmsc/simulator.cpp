@@ -3,6 +3,9 @@
 
 #include "sim/mmsc/simulator.h"
 
+#include "sim/mmsc/push_socket_path.h"
+#include "sim/mmsc/short_message_path.h"
+
 #include <QtCore/QFile>
 
 using namespace Qt::StringLiterals;
@@ -39,6 +42,14 @@ HttpServer::Settings serverSettings(const Options &options)
     return settings;
 }
 
+std::unique_ptr<NotificationPath> pathTo(const QString &way)
+{
+    if (way.startsWith(kShortMessages)) {
+        return std::make_unique<ShortMessagePath>(way.sliced(kShortMessages.size()));
+    }
+    return std::make_unique<PushSocketPath>(way);
+}
+
 } // namespace
 
 Simulator::Simulator(Options options) : m_options(std::move(options)) { }
@@ -71,24 +82,22 @@ QString Simulator::readFaults()
     return {};
 }
 
-NotificationPath *Simulator::pathBy(const QString &socket)
+NotificationPath *Simulator::pathBy(const QString &way)
 {
-    for (const auto &path : m_paths) {
-        if (path->socket() == socket) {
-            return path.get();
-        }
+    std::unique_ptr<NotificationPath> &path = m_paths[way];
+    if (!path) {
+        path = pathTo(way);
     }
-    m_paths.push_back(std::make_unique<PushSocketPath>(socket));
-    return m_paths.back().get();
+    return path.get();
 }
 
 void Simulator::addSubscribers()
 {
     QString address;
-    QString socket;
+    QString way;
     for (const std::string &subscriber : m_options.subscribers) {
-        if (readSubscriber(subscriber, address, socket).isEmpty()) {
-            m_subscribers.add(address, pathBy(socket));
+        if (readSubscriber(subscriber, address, way).isEmpty()) {
+            m_subscribers.add(address, pathBy(way));
         }
     }
     if (!m_options.defaultPush.empty()) {

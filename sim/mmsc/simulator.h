@@ -4,11 +4,11 @@
 #pragma once
 
 #include "sim/mmsc/mmsc.h"
+#include "sim/mmsc/notification_path.h"
 #include "sim/mmsc/options.h"
-#include "sim/mmsc/push_socket_path.h"
 
+#include <map>
 #include <memory>
-#include <vector>
 
 namespace wmsg::sim {
 
@@ -30,12 +30,12 @@ public:
 
 private:
     void addSubscribers();
-    NotificationPath *pathBy(const QString &socket);
+    NotificationPath *pathBy(const QString &way);
 
     Options m_options;
     FaultPlan m_plan;
     PduLog m_log;
-    std::vector<std::unique_ptr<PushSocketPath>> m_paths;
+    std::map<QString, std::unique_ptr<NotificationPath>> m_paths; // by their ways
     Subscribers m_subscribers;
     std::unique_ptr<Deliveries> m_deliveries;
     std::unique_ptr<Mmsc> m_mmsc;

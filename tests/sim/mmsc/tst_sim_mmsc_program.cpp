@@ -193,6 +193,10 @@ void TestSimMmscProgram::wrongUsage_data()
                                    "absolute path";
     QTest::newRow("relative socket")
         << QStringList{"--subscriber", "+431=push"} << "--subscriber +431=push: this is not";
+    QTest::newRow("relative, in short messages")
+        << QStringList{"--subscriber", "+431=sms:push"} << "--subscriber +431=sms:push: this is";
+    QTest::newRow("relative, for all")
+        << QStringList{"--default-push", "sms:push"} << "--default-push: the path is not absolute";
     QTest::newRow("nobody") << QStringList{"--subscriber", "=/push"} << "there is no address";
     QTest::newRow("default push") << QStringList{"--default-push", "push"}
                                   << "--default-push: the path is not absolute";
