@@ -6,6 +6,8 @@
 #include "tools/wmsg/decoded_file.h"
 #include "tools/wmsg/files.h"
 #include "tools/wmsg/hex_view.h"
+#include "tools/wmsg/html_file.h"
+#include "tools/wmsg/html_page.h"
 #include "tools/wmsg/log_options.h"
 #include "tools/wmsg/message_json.h"
 #include "tools/wmsg/message_view.h"
@@ -40,6 +42,7 @@ struct DecodeOptions {
     bool hex = false;
     bool full = false;
     std::string directory;
+    std::string page;
     bool force = false;
     qint64 sizeLimit = kDefaultSizeLimit;
     LogOptions log;
@@ -61,6 +64,7 @@ private:
     bool decodeFile(const QByteArray &path);
     void show(DecodedFile &file);
     bool savesParts(const DecodedFile &file);
+    bool writesPage(const QByteArray &path, const DecodedFile &file);
     void tell(const QString &line) const;
     [[nodiscard]] FileKind kindOfFile(QByteArrayView bytes) const;
 
@@ -105,7 +109,8 @@ bool Decoder::decodeFile(const QByteArray &path)
         complain(failureInWords(file));
     }
     const bool isSaved = m_options.directory.empty() || savesParts(file);
-    return isDecoded && isSaved;
+    const bool isWritten = m_options.page.empty() || writesPage(path, file);
+    return isDecoded && isSaved && isWritten;
 }
 
 FileKind Decoder::kindOfFile(QByteArrayView bytes) const
@@ -147,6 +152,19 @@ bool Decoder::savesParts(const DecodedFile &file)
     return problems.isEmpty();
 }
 
+bool Decoder::writesPage(const QByteArray &path, const DecodedFile &file)
+{
+    const QByteArray target = QByteArray::fromStdString(m_options.page);
+    HtmlFile page(target, m_options.force, path);
+    const QString problem = saveHtmlPage(page, file);
+    if (problem.isEmpty()) {
+        tell(u"wrote %1, %2"_s.arg(printable(shownName(target)), sizeInWords(page.size())));
+    } else {
+        complain(shownName(target) + u": "_s + problem);
+    }
+    return problem.isEmpty();
+}
+
 // What is said beside JSON must not get into it.
 void Decoder::tell(const QString &line) const
 {
@@ -157,8 +175,24 @@ void Decoder::tell(const QString &line) const
     }
 }
 
+// What is wrong with the options taken together; empty when nothing is.
+QString problemOf(const DecodeOptions &options)
+{
+    if (options.force && options.directory.empty() && options.page.empty()) {
+        return u"--force requires --extract or --html (see wmsg --help)"_s;
+    }
+    return !options.page.empty() && options.files.size() > 1
+        ? u"--html takes one message (see wmsg --help)"_s
+        : QString();
+}
+
 int runDecode(const DecodeOptions &options)
 {
+    const QString problem = problemOf(options);
+    if (!problem.isEmpty()) {
+        complain(problem);
+        return ExitUsage;
+    }
     LogRoute log;
     return options.log.apply(log) ? Decoder(options).run() : ExitBadInput;
 }
@@ -183,10 +217,11 @@ void addDecode(CLI::App &program, int &exitCode)
     command->add_flag("--hex", options->hex, "Print every byte with its meaning beside it")
         ->excludes(json);
     command->add_flag("--full", options->full, "Cut no texts and lists and fold no data");
-    auto *extract =
-        command->add_option("--extract", options->directory, "Save the parts as files in DIR");
-    extract->type_name("DIR");
-    command->add_flag("--force", options->force, "Replace files that exist")->needs(extract);
+    command->add_option("--extract", options->directory, "Save the parts as files in DIR")
+        ->type_name("DIR");
+    command->add_option("--html", options->page, "Write the message as a page that browsers show")
+        ->type_name("FILE");
+    command->add_flag("--force", options->force, "Replace files that exist");
     command->add_option("--max-size", options->sizeLimit, "Refuse files with more bytes")
         ->check(CLI::Range(qint64(1), kHighestLimit))
         ->type_name("BYTES")

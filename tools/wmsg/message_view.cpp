@@ -163,20 +163,13 @@ constexpr int kOrder[] = {
     MMS_FIELD_CONTENT_TYPE,
 };
 
-// The value of a field that could not be read is not shown; 0 stands for none.
 QString headerView(const WMMSMsg &message, int failedField, Detail detail)
 {
     constexpr int kNameWidth = 19;
     QString view;
-    for (const int id : kOrder) {
-        if (!message.fieldIsPresent(static_cast<quint8>(id))) {
-            continue;
-        }
-        QString name = fieldName(id);
-        const bool isFailed = id == failedField;
-        const QStringList lines =
-            isFailed ? QStringList(u"(cannot be read)"_s) : fieldView(id, message.header(), detail);
-        for (const QString &line : lines) {
+    for (const FieldView &field : headerFields(message, failedField, detail)) {
+        QString name = field.name;
+        for (const QString &line : field.lines) {
             view += u"  "_s + name.leftJustified(kNameWidth) + line + u'\n';
             name.clear();
         }
@@ -260,19 +253,38 @@ QString partsView(const WMMSMsg &message, Detail detail)
 
 } // namespace
 
+QList<FieldView> headerFields(const WMMSMsg &message, int failedField, Detail detail)
+{
+    QList<FieldView> fields;
+    for (const int id : kOrder) {
+        if (message.fieldIsPresent(static_cast<quint8>(id))) {
+            const bool isFailed = id == failedField;
+            fields.append({fieldName(id),
+                           isFailed ? QStringList(u"(cannot be read)"_s)
+                                    : fieldView(id, message.header(), detail)});
+        }
+    }
+    return fields;
+}
+
+QString kindInWords(const DecodedFile &file)
+{
+    if (file.kind == FileKind::MailFile) {
+        return u"mail file (%1)"_s.arg(mmsTypeInWords(file.message.getMMSType()));
+    }
+    if (!file.message.fieldIsPresent(MMS_FIELD_MSG_TYPE)) {
+        return u"PDU"_s;
+    }
+    const CodeWords *type = codeWords(MMS_FIELD_MSG_TYPE, file.message.header().msgType);
+    return type ? QString::fromLatin1(type->words) : u"PDU of an unknown type"_s;
+}
+
 QString titleOf(const DecodedFile &file)
 {
     const QString size = sizeInWords(file.bytes.size());
     const QString lengths =
         u"header %1, body %2"_s.arg(file.walk.headerLength()).arg(file.walk.bodyLength());
-    QString kind = u"PDU"_s;
-    if (file.kind == FileKind::MailFile) {
-        kind = u"mail file (%1)"_s.arg(mmsTypeInWords(file.message.getMMSType()));
-    } else if (file.message.fieldIsPresent(MMS_FIELD_MSG_TYPE)) {
-        const CodeWords *type = codeWords(MMS_FIELD_MSG_TYPE, file.message.header().msgType);
-        kind = type ? QString::fromLatin1(type->words) : u"PDU of an unknown type"_s;
-    }
-    return u"%1: %2, %3, %4\n"_s.arg(printable(file.name), kind, size, lengths);
+    return u"%1: %2, %3, %4\n"_s.arg(printable(file.name), kindInWords(file), size, lengths);
 }
 
 QString warningsView(const PduWalk &walk)

@@ -91,7 +91,7 @@ void TestCommandLine::help_data()
                                  "--version", "Exit codes: 0 fine"};
     QTest::newRow("decode") << QStringList{"decode", "--help"}
                             << QStringList{"FILE",      "--json",   "--hex", "--full",
-                                           "--extract", "--force",  "--as",  "--max-size",
+                                           "--extract", "--html",   "--force",  "--as",  "--max-size",
                                            "--log",     "--verbose"};
     QTest::newRow("compose") << QStringList{"compose", "-h"}
                              << QStringList{"--to",
