@@ -54,7 +54,7 @@ void RecordFields::bytes(QLatin1String name, QByteArray &value, qsizetype longes
     const QByteArray bytes = QByteArray::fromHex(read.toLatin1());
     // What is no digit is skipped by that, and then missing.
     if (!m_json.value(name).isString() || bytes.size() > longest
-        || bytes.size() * 2 != read.size()) {
+        || QString::fromLatin1(bytes.toHex()) != read) {
         refuse(u"%1 is no row of bytes, or too long"_s.arg(name));
         return;
     }

@@ -3,6 +3,7 @@
 
 #include "services/mmsproxyd/config.h"
 
+#include "services/common/option_checks.h"
 #include "services/mmsproxyd/config_checks.h"
 
 #include <CLI/CLI.hpp>
@@ -55,7 +56,7 @@ CLI::Option *addText(CLI::App &app, const char *name, std::string &value, const 
 
 void addSockets(CLI::App &app, Typed &typed)
 {
-    const auto path = check(checkSocketPath);
+    const auto path = check(service::checkSocketPath);
     addText(app, "--proxy-socket", typed.proxySocket, "PATH", "Where sessions connect")
         ->check(path)
         ->capture_default_str();
@@ -68,12 +69,11 @@ void addSockets(CLI::App &app, Typed &typed)
         ->capture_default_str();
     addText(app, "--socket-mode", typed.socketMode, "MODE",
             "The permissions of the sockets; peers of other users are refused all the same")
-        ->check(check(checkSocketMode))
+        ->check(check(service::checkSocketMode))
         ->capture_default_str();
     addText(app, "--spool", typed.spool, "FOLDER",
             "Where messages are kept as long as they are not delivered")
-        ->check(CLI::Validator(
-            [](std::string &text) { return text.empty() ? "this is no folder" : ""; }, ""))
+        ->check(check(service::checkFolder))
         ->capture_default_str();
 }
 
@@ -171,7 +171,7 @@ void apply(const Typed &typed, Config &config)
     config.proxySocket = QString::fromStdString(typed.proxySocket);
     config.settingsSocket = QString::fromStdString(typed.settingsSocket);
     config.pushSocket = QString::fromStdString(typed.pushSocket);
-    config.socketMode = socketModeOf(typed.socketMode);
+    config.socketMode = service::socketModeOf(typed.socketMode);
     config.spool = QDir(QString::fromStdString(typed.spool)).absolutePath();
     config.mmsc = QString::fromStdString(typed.mmsc);
     config.httpProxy = QString::fromStdString(typed.httpProxy);
@@ -202,21 +202,6 @@ void checkTogether(const Typed &typed)
     }
 }
 
-/// A message in one line.
-QString lineOf(const CLI::Error &error)
-{
-    QString text = QString::fromUtf8(error.what());
-    const auto unknown = u"INI was not able to parse "_s;
-    if (text.startsWith(unknown)) {
-        const QString name = text.mid(unknown.size());
-        text = name.endsWith(u".++"_s)
-            ? u"the configuration file has a section, and none is known: "_s + name.chopped(3)
-            : u"the configuration file names an option that does not exist: "_s + name;
-    }
-    text.replace(u'\n', u' ');
-    return text.simplified();
-}
-
 } // namespace
 
 ConfigReading readConfig(int argc, const char *const *argv)
@@ -244,16 +229,14 @@ ConfigReading readConfig(int argc, const char *const *argv)
         reading.kind = ConfigReading::Print;
         reading.text = QString::fromUtf8(wish.what()) + u'\n';
     } catch (const CLI::Error &error) {
-        reading.text = lineOf(error) + u" (see wmsg-mmsproxyd --help)"_s;
+        reading.text = service::optionError(error.what()) + u" (see wmsg-mmsproxyd --help)"_s;
     }
     return reading;
 }
 
 QString defaultSpool()
 {
-    const QString state = qEnvironmentVariable("XDG_STATE_HOME");
-    const QString folder = state.startsWith(u'/') ? state : QDir::homePath() + u"/.local/state"_s;
-    return QDir::cleanPath(folder + u"/wmsg/mmsproxyd"_s);
+    return service::defaultSpoolOf("mmsproxyd"_L1);
 }
 
 } // namespace wmsg::proxy

@@ -3,14 +3,13 @@
 
 #include "services/mmsproxyd/config_checks.h"
 
-#include "services/common/local_address.h"
+#include "services/common/option_checks.h"
 
 #include <QtCore/QByteArray>
 #include <QtCore/QString>
 #include <QtCore/QUrl>
 
 #include <algorithm>
-#include <optional>
 
 namespace wmsg::proxy {
 
@@ -19,18 +18,7 @@ namespace {
 constexpr size_t kLongestText = 255;
 constexpr int kLongestUrl = 2000;
 constexpr int kLongestPause = 7 * 24 * 3600;
-constexpr mode_t kOwner = 0600;
-constexpr mode_t kAll = 0666;
 constexpr const char *kNoPause = "none";
-
-std::optional<uint> numberOf(const std::string &text, int base)
-{
-    bool isNumber = false;
-    const uint number = QByteArray::fromStdString(text).toUInt(&isNumber, base);
-    const bool isPlain =
-        std::all_of(text.begin(), text.end(), [](unsigned char c) { return c >= '0' && c <= '9'; });
-    return isNumber && isPlain ? std::optional(number) : std::nullopt;
-}
 
 bool isPrintable(const std::string &text, char lowest)
 {
@@ -39,13 +27,6 @@ bool isPrintable(const std::string &text, char lowest)
 }
 
 } // namespace
-
-std::string checkSocketPath(const std::string &path)
-{
-    return service::LocalAddress(QString::fromStdString(path)).isPossible()
-        ? ""
-        : "the path of a socket must be absolute and have at most 107 bytes";
-}
 
 std::string checkHttpUrl(const std::string &text)
 {
@@ -84,31 +65,19 @@ std::string checkInterface(const std::string &name)
         : "this is no name of an interface or host: " + name;
 }
 
-std::string checkSocketMode(const std::string &mode)
-{
-    const auto number = numberOf(mode, 8);
-    const bool isMode = number && (*number & kOwner) == kOwner && (*number & ~kAll) == 0;
-    return isMode ? "" : "a mode is octal, from 600 to 666, and lets the owner in: " + mode;
-}
-
 std::string checkPause(const std::string &pause)
 {
-    const auto number = numberOf(pause, 10);
+    const auto number = service::plainNumber(pause, 10);
     const bool isPause =
         pause == kNoPause || (number && *number > 0 && *number <= uint(kLongestPause));
     return isPause ? "" : "a pause is a number of seconds, from 1 to 604800: " + pause;
-}
-
-mode_t socketModeOf(const std::string &mode)
-{
-    return numberOf(mode, 8).value_or(kOwner);
 }
 
 std::vector<std::chrono::milliseconds> pausesOf(const std::vector<std::string> &pauses)
 {
     std::vector<std::chrono::milliseconds> all;
     for (const std::string &pause : pauses) {
-        if (const auto number = numberOf(pause, 10)) {
+        if (const auto number = service::plainNumber(pause, 10)) {
             all.emplace_back(std::chrono::seconds(*number));
         }
     }

@@ -7,7 +7,6 @@
 
 #include <chrono>
 #include <string>
-#include <sys/types.h>
 #include <vector>
 
 /// What the options of the daemon accept. A check returns the problem in words, and an empty text
@@ -17,17 +16,13 @@ namespace wmsg::proxy {
 /// The longest URI that the settings server can answer, in characters.
 inline constexpr int kLongestSettingsUri = 60;
 
-[[nodiscard]] std::string checkSocketPath(const std::string &path);
 [[nodiscard]] std::string checkHttpUrl(const std::string &url);
 [[nodiscard]] std::string checkSettingsUri(const std::string &uri);
 /// Text for a header of HTTP, or for the name of an interface: printable ASCII.
 [[nodiscard]] std::string checkPlainText(const std::string &text);
 [[nodiscard]] std::string checkInterface(const std::string &name);
-[[nodiscard]] std::string checkSocketMode(const std::string &mode);
 [[nodiscard]] std::string checkPause(const std::string &pause);
 
-/// The mode that checkSocketMode() has found good.
-[[nodiscard]] mode_t socketModeOf(const std::string &mode);
 /// The pauses that checkPause() has found good; "none" is no pause.
 [[nodiscard]] std::vector<std::chrono::milliseconds> pausesOf(
     const std::vector<std::string> &pauses);
