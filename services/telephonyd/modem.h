@@ -68,9 +68,9 @@ public:
     /// before. It may be called in any state.
     virtual void send(const OutgoingSms &message) = 0;
 
-    /// forget deletes a message of arrived() from the modem, because it is safely kept elsewhere.
-    /// One that was not forgotten is told again by the next modem, and may be by this one. A
-    /// message without a place needs no forgetting.
+    /// forget deletes a message of arrived() from the modem, because it is safely kept elsewhere;
+    /// forgotten() tells when that is done. One that was not forgotten is told again by the next
+    /// modem, and may be by this one. A message without a place needs no forgetting.
     virtual void forget(const QByteArray &place) = 0;
 
     /// setServiceCenter makes `number` the one that messages use which name none;
@@ -85,6 +85,10 @@ Q_SIGNALS:
     void sent(quint64 id, const wmsg::telephonyd::SendOutcome &outcome);
 
     void arrived(const wmsg::telephonyd::IncomingSms &message);
+
+    /// forgotten tells that the modem has deleted what lay at `place`. It ends the memory by which
+    /// a message is known that is told again; without it that memory is long.
+    void forgotten(const QByteArray &place);
 
     void serviceCenterSet(bool isDone);
 };

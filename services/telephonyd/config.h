@@ -1,0 +1,44 @@
+// SPDX-FileCopyrightText: 2026 The wmsg authors
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "services/telephonyd/gammu_backend.h"
+#include "services/telephonyd/loopback_modem.h"
+#include "services/telephonyd/telephony_daemon.h"
+
+#include <QtCore/QString>
+
+namespace wmsg::telephonyd {
+
+/// Which modem the daemon has.
+enum class Backend { Loopback, Gammu };
+
+/// Config is what the daemon was told, by its options and by its configuration file. Each option
+/// stands under the same name in the file; the command line wins.
+struct Config {
+    DaemonSettings daemon;
+    Backend backend = Backend::Loopback;
+    LoopbackSettings loopback;
+    GammuSettings gammu;
+    QString logFile; ///< empty: standard error
+    bool isVerbose = false;
+};
+
+/// What reading options came to.
+struct ConfigReading {
+    enum Kind {
+        Run, ///< with `config`
+        Print, ///< `text` to standard output, and end: help, or the version
+        Refuse, ///< `text`, one line, to standard error, and end with exit code 2
+    };
+
+    Kind kind = Refuse;
+    Config config;
+    QString text;
+};
+
+/// readConfig reads the options of the program, and the configuration file that they name.
+[[nodiscard]] ConfigReading readConfig(int argc, const char *const *argv);
+
+} // namespace wmsg::telephonyd
