@@ -55,6 +55,14 @@ public:
     void setReachable(bool isReachable) { m_isReachable = isReachable; }
     void setLocked(bool isLocked) { m_isLocked = isLocked; }
     [[nodiscard]] bool isLocked() const { return m_isLocked; }
+    [[nodiscard]] StoredMessage *messageAt(int store, int place)
+    {
+        return m_stores[static_cast<size_t>(store)].at(place);
+    }
+    bool removeMessage(int store, int place)
+    {
+        return m_stores[static_cast<size_t>(store)].remove(place);
+    }
     [[nodiscard]] int used(int store) const { return m_stores[static_cast<size_t>(store)].used(); }
     [[nodiscard]] int places() const { return m_stores[0].size(); }
 

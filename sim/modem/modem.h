@@ -44,6 +44,12 @@ public:
     void setDelay(int milliseconds);
 
     [[nodiscard]] Network &network() { return m_network; }
+    /// messageAt returns what lies in a memory, 0 the card's; null where nothing does.
+    [[nodiscard]] StoredMessage *messageAt(int store, int place)
+    {
+        return m_messages.messageAt(store, place);
+    }
+    bool removeMessage(int store, int place) { return m_messages.removeMessage(store, place); }
     /// status tells all in a line, as "key=value" and blanks.
     [[nodiscard]] QString status() const;
 
