@@ -32,7 +32,8 @@ QString wordsOf(int fieldId, quint8 code)
 QString HtmlCard::title() const
 {
     const bool isNamed = has(MMS_FIELD_SUBJECT) && !m_header.subject.trimmed().isEmpty();
-    return isNamed ? m_header.subject.left(kShownTitle) : m_file.name.left(kShownTitle);
+    const QString title = isNamed ? m_header.subject : m_file.name.section(u'/', -1);
+    return title.left(kShownTitle);
 }
 
 void HtmlCard::writeHeader(qsizetype parts, qsizetype slides)
@@ -43,7 +44,7 @@ void HtmlCard::writeHeader(qsizetype parts, qsizetype slides)
     if (has(MMS_FIELD_DATE)) {
         m_page.line(dateInWords(m_header.msgDate));
     } else {
-        m_page.name(m_file.name);
+        m_page.line(kindInWords(m_file));
     }
     m_page.markup("</div>\n</div>\n"_L1);
     writeAddresses();
@@ -67,6 +68,11 @@ void HtmlCard::writeFace()
 
 void HtmlCard::writeAddresses()
 {
+    constexpr int kAddresses[] = {MMS_FIELD_FROM, MMS_FIELD_TO, MMS_FIELD_CC, MMS_FIELD_BCC};
+    if (std::none_of(std::begin(kAddresses), std::end(kAddresses),
+                     [this](int id) { return has(id); })) {
+        return;
+    }
     m_page.markup("<dl>\n"_L1);
     if (has(MMS_FIELD_FROM)) {
         m_page.markup("<dt>From</dt><dd>"_L1);

@@ -155,11 +155,11 @@ void HtmlSlides::writeList(HtmlWriter &page, const SmilSlide &slide)
             page.name(medium.source.left(kShownSource));
         }
         if (!medium.region.isEmpty()) {
-            page.markup(" <span class=\"quiet\">in "_L1).name(medium.region.left(kShownSource));
+            page.markup("<span class=\"quiet\">, in "_L1).name(medium.region.left(kShownSource));
             page.markup("</span>"_L1);
         }
         if (const auto time = timeOf(medium)) {
-            page.markup(" <span class=\"quiet\">"_L1).line(spanInWords(*time));
+            page.markup("<span class=\"quiet\">, "_L1).line(spanInWords(*time));
             page.markup("</span>"_L1);
         }
         page.markup("</li>\n"_L1);

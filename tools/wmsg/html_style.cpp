@@ -54,7 +54,8 @@ td:first-child{white-space:nowrap;color:var(--quiet)}
 constexpr char kMedia[] = R"(
 .slides,.things{display:grid;grid-template-columns:repeat(auto-fill,minmax(min(100%,15rem),1fr));gap:1.25rem 1rem;
 margin:0 0 1rem;align-items:start}
-.phone{background:var(--bezel);border-radius:1.75rem;padding:.8rem .6rem;box-shadow:0 6px 20px #00000033;
+.slide{min-width:0;width:100%;max-width:22rem;margin:0 auto}
+.phone{background:var(--bezel);border:1px solid var(--edge);border-radius:1.75rem;padding:.8rem .6rem;box-shadow:0 6px 20px #00000033;
 display:grid;gap:.5rem;position:relative}
 .screen{background:var(--screen);color:var(--ink);overflow:hidden;border-radius:1.1rem}
 .laid{position:relative;width:100%}

@@ -18,7 +18,7 @@ namespace {
 QByteArray pageOf(const QByteArray &pdu)
 {
     DecodedFile file;
-    file.name = "message.pdu";
+    file.name = "folder/message.pdu";
     file.bytes = bytesOf(pdu);
     decode(file);
     QByteArray page;
@@ -376,7 +376,7 @@ void TestHtmlPage::timesOfMedia()
         pageOf({{smilPart(smilOf("<par dur='5s'><text src='t.txt' begin='1s' dur='2.5s'/></par>")),
                  partOf("text/plain", "x", QString(), "t.txt")}});
     QVERIFY(page.contains("<div class=\"medium timed t0_0\">"));
-    QVERIFY(page.contains("<span class=\"quiet\">from 1 s to 3.5 s</span>"));
+    QVERIFY(page.contains("<span class=\"quiet\">, from 1 s to 3.5 s</span>"));
     QVERIFY(!page.contains("id=\"play\""));
 }
 
@@ -454,8 +454,9 @@ void TestHtmlPage::failure()
 {
     const QByteArray whole = pduOf({{partOf("text/plain", "some text", QString(), "t.txt")}});
     const QByteArray page = pageOf(whole.chopped(4));
-    QVERIFY(page.contains("<p class=\"card bad\"><bdi>message.pdu: result 111 ("));
+    QVERIFY(page.contains("<p class=\"card bad\"><bdi>folder/message.pdu: result 111 ("));
     QCOMPARE(foreignMarkup(page), QString());
+    QVERIFY(pageOf(whole.left(2)).contains("<h1><bdi>message.pdu</bdi></h1>"));
     for (qsizetype size = 1; size < whole.size(); ++size) {
         QCOMPARE(foreignMarkup(pageOf(whole.left(size))), QString());
     }
@@ -468,6 +469,8 @@ void TestHtmlPage::notification()
     const QByteArray page = pageOf(fromHex(file.readAll()));
     QCOMPARE(foreignMarkup(page), QString());
     QVERIFY(page.contains("<li>notification</li>"));
+    QVERIFY(page.contains("<h1><bdi>Hi!</bdi></h1>"));
+    QVERIFY(!page.contains("<dt>To"));
     QVERIFY(!page.contains("class=\"thing"));
 }
 
