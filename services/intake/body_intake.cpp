@@ -316,6 +316,17 @@ private:
 
 } // namespace
 
+bool beginsMultipart(QByteArrayView body)
+{
+    WSP_Stream stream = streamOver(body);
+    quint32 count = 0;
+    if (!stream.readUintvar(count) || count == 0) {
+        return false;
+    }
+    const auto extent = readExtent(stream);
+    return extent && readPartHeader(extent->header).hasType;
+}
+
 bool isWholeMultipart(QByteArrayView body)
 {
     WSP_Stream stream = streamOver(body);

@@ -17,6 +17,10 @@ namespace wmsg::intake {
 /// when not even its count is there. `isUnchanged` tells whether these are the bytes given.
 std::optional<Pieces> takeInMultipart(QByteArrayView body, bool &isUnchanged, Journal &journal);
 
+/// beginsMultipart tells whether `body` begins with a count and an entry that says of what type it
+/// is.
+[[nodiscard]] bool beginsMultipart(QByteArrayView body);
+
 /// isWholeMultipart tells whether `body` is entries behind their count, and nothing but zeros more.
 [[nodiscard]] bool isWholeMultipart(QByteArrayView body);
 

@@ -143,10 +143,13 @@ private:
     {
         const qint32 start = m_stream.pos;
         const auto name = readText(m_stream);
-        // The value is a text; some have a length in front.
+        // The value is a text; some have a length in front. A field may follow where the length of
+        // the text before was too short. No text begins with the id of one.
+        constexpr int kFirstOfUtf8 = 0xC0;
         const int first = peekByte(m_stream);
         const bool isCounted = first >= 0 && first <= kLengthQuote;
-        if (!(isCounted ? skipValue(m_stream) : readText(m_stream).has_value())) {
+        const bool isField = first >= kHighBit && first < kFirstOfUtf8;
+        if (!isField && !(isCounted ? skipValue(m_stream) : readText(m_stream).has_value())) {
             return false;
         }
         m_journal.step(at(start),

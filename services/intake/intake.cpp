@@ -6,6 +6,7 @@
 #include "services/intake/body_intake.h"
 #include "services/intake/header_intake.h"
 #include "services/intake/push_envelope.h"
+#include "services/intake/wire_values.h"
 
 #include <limits>
 #include <utility>
@@ -137,9 +138,32 @@ bool takeInBody(QByteArrayView pdu, const Header &header, Pieces &out, Journal &
     return body.isUnchanged;
 }
 
+/// A body that does not begin where the length of the content type says may begin where its
+/// parameters end.
+void findBody(QByteArrayView pdu, Header &header, Journal &journal)
+{
+    if (!header.contentType.isMultipart() || beginsMultipart(pdu.sliced(header.end))) {
+        return;
+    }
+    const qsizetype field = header.contentTypeField.data() - pdu.data();
+    WSP_Stream stream = streamOver(pdu);
+    stream.pos = static_cast<qint32>(field) + 1;
+    MediaType type = readMediaTypeUpToBody(stream);
+    if (!type.isMultipart() || !beginsMultipart(pdu.sliced(stream.pos))) {
+        return;
+    }
+    journal.step(header.contentTypeField.data(), u"the length of the content type is wrong"_s);
+    type.application = header.contentType.application;
+    type.replyApplication = header.contentType.replyApplication;
+    type.applicationInfo = header.contentType.applicationInfo;
+    header.contentType = type;
+    header.end = stream.pos;
+}
+
 /// Returns whether nothing had to be done.
 bool takeInPdu(QByteArrayView pdu, Header &header, Pieces &out, Journal &journal)
 {
+    findBody(pdu, header, journal);
     out.keep(header.type);
     out.add(std::move(header.fields));
     const bool isUnchanged = takeInBody(pdu, header, out, journal) && header.isUnchanged;

@@ -227,6 +227,19 @@ private:
     }
 
 public:
+    /// Reads parameters up to a byte that begins none, where the length says something else.
+    void readUpToBody()
+    {
+        notPlain();
+        while (m_stream.hasMore()) {
+            const int first = peekByte(m_stream);
+            if (first == 0) {
+                ++m_stream.pos;
+            } else if (first <= kLengthQuote || !(first >= kHighBit ? readToken() : readNamed())) {
+                return;
+            }
+        }
+    }
     /// Takes a parameter by its name.
     void take(const QByteArray &name, const QByteArray &received)
     {
@@ -444,6 +457,17 @@ MediaType readMediaType(WSP_Stream &stream)
     if (!isMediaName(type.media)) {
         type.media.clear();
         type.isPlainInHeader = type.isPlainInPart = false;
+    }
+    return type;
+}
+
+MediaType readMediaTypeUpToBody(WSP_Stream &stream)
+{
+    MediaType type;
+    quint32 length = 0;
+    if (peekByte(stream) <= kLengthQuote && stream.readValueLength(length)) {
+        readMedia(stream, type);
+        ParameterReader(stream, type).readUpToBody();
     }
     return type;
 }

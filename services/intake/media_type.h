@@ -48,6 +48,10 @@ struct MediaType {
 /// empty stream, or one that begins with nothing of this, gives an empty type.
 [[nodiscard]] MediaType readMediaType(WSP_Stream &stream);
 
+/// readMediaTypeUpToBody reads one with a length that is wrong, and moves to the first byte that
+/// begins no parameter, as the count of a body. It is empty when there is no length.
+[[nodiscard]] MediaType readMediaTypeUpToBody(WSP_Stream &stream);
+
 /// writtenHeaderType returns the content type of a message: of a multipart with its type and start,
 /// always with the applications. A related one keeps being that, every other multipart is mixed.
 [[nodiscard]] QByteArray writtenHeaderType(const MediaType &type);

@@ -71,6 +71,10 @@ private:
         if (first == kContentId) {
             return readId();
         }
+        if (first == 0) {
+            ++m_stream.pos; // the end of a text that its length leaves out
+            return true;
+        }
         const qint32 start = m_stream.pos;
         const bool isRead = first >= kHighBit ? readOther(static_cast<quint8>(first))
             : first > kLengthQuote            ? readTextHeader()
@@ -152,6 +156,9 @@ private:
     bool readTextHeader()
     {
         const auto name = readText(m_stream);
+        if (peekByte(m_stream) >= kHighBit) {
+            return true; // the end of a text whose length is too short, and the next header
+        }
         const auto value = readText(m_stream);
         if (!value) {
             return false;

@@ -17,7 +17,6 @@ namespace wmsg::proxy {
 
 namespace {
 
-constexpr quint8 kReadReport = 0x88;
 constexpr quint8 kFirstClass = 128;
 constexpr int kNoExpiry = -1;
 
@@ -85,7 +84,7 @@ Notification readNotification(const QByteArray &pdu, const QDateTime &now)
     }
     const intake::Result read = intake::takeIn(pdu);
     Notification notification;
-    if (read.verdict == intake::Verdict::ReadReport && read.facts.type == kReadReport) {
+    if (read.verdict == intake::Verdict::ReadReport) {
         notification.kind = Notification::Kind::ReadReport;
         return notification;
     }

@@ -140,6 +140,8 @@ void TestBodyIntake::keptParts_data()
     row("a name", "05 9E 85 61 2E 00");
     row("location and id", "9E 8E 61 2E 6A 00 C0 22 3C 69 3E 00");
     row("an id without brackets", "9E C0 69 00");
+    row("a length that leaves the end of the name out", "04 9E 85 61 2E 00 8E 62 00");
+    row("a length that is too short", "03 9E 85 61 2E 00 8E 62 00");
     row("a boundary", "0C C8 62 6F 75 6E 64 61 72 79 00 62 00");
     row("a header that the codec steps over", "9E 8D 02 10 00");
     row("a text header that the codec steps over", "9E 58 2D 41 00 62 00");
@@ -222,6 +224,10 @@ void TestBodyIntake::headerTypes_data()
     row("a wildcard", "80", "A3");
     row("a wildcard in its long form", "01 80", "A3");
     row("nothing at all", "00", "A3");
+    row("a length that leaves its end out", "03 B3 8A 73 00", "04 B3 8A 73 00");
+    row("a length that is too short", "03 B3 8A 73 2E 00 89 74 00", "08 B3 8A 73 2E 00 89 74 00");
+    row("a length that takes the body in", "06 B3 8A 73 00", "04 B3 8A 73 00");
+    row("a length that takes all of the body in", "0F B3 8A 73 00", "04 B3 8A 73 00");
     row("other parameters", "08 B3 8B 78 00 8A 73 00 00", "04 B3 8A 73 00");
 }
 

@@ -140,9 +140,10 @@ void TestNotification::deliveryReportWithoutDetails()
 
 void TestNotification::readReport()
 {
-    const Notification read =
-        readHex("8C 88 8D 91 8B 6D 31 00 97 2B 31 00 89 01 81 85 04 65 43 21 00 9B 80");
-    QCOMPARE(read.kind, Kind::ReadReport);
+    const QByteArray report("8D 91 8B 6D 31 00 97 2B 31 00 89 01 81 85 04 65 43 21 00 9B 80");
+    QCOMPARE(readHex("8C 88" + report).kind, Kind::ReadReport);
+    // From the network it is none of our stored messages.
+    QCOMPARE(readHex("8C 87" + report).kind, Kind::ReadReport);
 }
 
 void TestNotification::pushEnvelope()
