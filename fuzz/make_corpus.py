@@ -527,6 +527,74 @@ NOTIFICATIONS = {
     "another": start(0x81, "t-2") + field(18, b"\x80"),
 }
 
+# "hello" and more, between a phone and its network.
+SENDER = bytes.fromhex("0C91942143658709")
+NAME = bytes.fromhex("07D041E13008")
+CENTRE = bytes.fromhex("0791447700090000")
+NOW = bytes.fromhex("62111221436540")
+HELLO = bytes.fromhex("05E8329BFD06")
+PORTS = bytes.fromhex("0605040B8423F0")
+PART = bytes.fromhex("0500030703FF")
+WIDE_PART = bytes.fromhex("0608040102FFFF")
+
+
+def deliver(data, dcs=0, first=0x04, sender=SENDER, time=NOW):
+    return bytes([first]) + sender + bytes([0, dcs]) + time + data
+
+
+def submit(data, dcs=0, first=0x01, validity=b"", recipient=SENDER):
+    return bytes([first, 42]) + recipient + bytes([0, dcs]) + validity + data
+
+
+def octets(data):
+    return bytes([len(data)]) + data
+
+
+TPDUS = {
+    "deliver": deliver(HELLO),
+    "deliver-empty": deliver(b"\0"),
+    "deliver-behind-centre": CENTRE + deliver(HELLO),
+    "deliver-behind-none": b"\0" + deliver(HELLO),
+    "deliver-name": deliver(HELLO, sender=NAME),
+    "deliver-nobody": deliver(HELLO, sender=b"\0\x81"),
+    "deliver-odd-digits": deliver(HELLO, sender=bytes.fromhex("05812143F5")),
+    "deliver-keys": deliver(HELLO, sender=bytes.fromhex("0581BADCFE")),
+    "deliver-fill-inside": deliver(HELLO, sender=bytes.fromhex("06812FF3F5")),
+    "deliver-all-flags": deliver(HELLO, first=0xA8),
+    "deliver-no-time": deliver(HELLO, time=bytes(7)),
+    "deliver-far-zone": deliver(HELLO, time=bytes.fromhex("6211122143659F")),
+    "deliver-ucs2": deliver(octets("Ж😀".encode("utf-16-be")), 8),
+    "deliver-ucs2-odd": deliver(octets(b"\0a\xd8"), 8),
+    "deliver-octets": deliver(octets(bytes(range(140))), 4),
+    "deliver-compressed": deliver(octets(b"\x01\x02"), 0x20),
+    "deliver-waiting": deliver(HELLO, 0xC8),
+    "deliver-extension": deliver(bytes([4]) + bytes.fromhex("9B32BD0D")),
+    "deliver-160": deliver(bytes([160]) + bytes.fromhex("C3") * 140),
+    "deliver-161": deliver(bytes([161]) + bytes.fromhex("C3") * 141),
+    "deliver-push": deliver(octets(PORTS + b"\x01\x06\x03\xbe\xaf\x84" + WAITING), 0xF5, 0x44),
+    "deliver-part": deliver(bytes.fromhex("0C050003070201D06536FB0D"), 0, 0x44),
+    "deliver-wide-part": deliver(octets(WIDE_PART + b"abc"), 4, 0x44),
+    "deliver-impossible-part": deliver(octets(PART + b"abc"), 4, 0x44),
+    "deliver-header-alone": deliver(bytes.fromhex("0705000307020100"), 0, 0x44),
+    "deliver-empty-header": deliver(b"\x01\0", 0, 0x44),
+    "deliver-header-too-long": deliver(octets(b"\x06\x05\x04"), 4, 0x44),
+    "deliver-header-wrong": deliver(octets(b"\x03\x05\x04\0"), 4, 0x44),
+    "deliver-cut": deliver(HELLO)[:-1],
+    "deliver-more": deliver(HELLO) + b"\0",
+    "submit": submit(HELLO),
+    "submit-behind-centre": CENTRE + submit(HELLO),
+    "submit-day": submit(HELLO, first=0x11, validity=b"\xa7"),
+    "submit-until": submit(HELLO, first=0x19, validity=NOW),
+    "submit-seconds": submit(HELLO, first=0x09, validity=bytes.fromhex("021E0000000000")),
+    "submit-clock": submit(HELLO, first=0x09, validity=bytes.fromhex("43102030000000")),
+    "submit-all-flags": submit(HELLO, first=0xA5),
+    "submit-ports": submit(octets(PORTS + b"\x01\x02"), 4, 0x41),
+    "report": b"\x06\x2a" + SENDER + NOW + NOW + b"\0",
+    "report-text": b"\x06\x2a" + SENDER + NOW + NOW + b"\x46\x07\0\0" + HELLO,
+    "report-extended": b"\x06\x2a" + SENDER + NOW + NOW + b"\x46\x84\x80\0" + HELLO,
+    "command": b"\x02\x2a\0\0\x2a" + SENDER + b"\0",
+}
+
 
 def write(fuzzer, inputs):
     folder = CORPUS / fuzzer
@@ -546,6 +614,7 @@ if __name__ == "__main__":
     write("proxy_commands", PROXY_COMMANDS)
     write("telephony_records", TELEPHONY_RECORDS)
     write("intake", MESSAGES)
+    write("tpdu", TPDUS)
     write("drm_message", DRM_MESSAGES)
     write("drm_content1", DRM_CONTENT1)
     write("drm_content2", DRM_CONTENT2)

@@ -299,7 +299,10 @@ bool Reader::readFields()
 ReadResult Reader::read()
 {
     if (readFields() && m_pos < m_bytes.size()) {
-        fail(m_pos, u"there are %1 bytes behind the short message"_s.arg(m_bytes.size() - m_pos));
+        const qsizetype more = m_bytes.size() - m_pos;
+        fail(m_pos,
+             more == 1 ? u"there is a byte behind the short message"_s
+                       : u"there are %1 bytes behind the short message"_s.arg(more));
     }
     return std::move(m_result);
 }
