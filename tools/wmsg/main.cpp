@@ -10,6 +10,7 @@
 #include "tools/wmsg/report.h"
 #include "tools/wmsg/send.h"
 #include "tools/wmsg/settings.h"
+#include "tools/wmsg/sms.h"
 #include "tools/wmsg/store.h"
 
 #include <CLI/CLI.hpp>
@@ -30,8 +31,7 @@ int complainOfUsage(const CLI::Error &error)
 
 int run(int argc, char **argv)
 {
-    CLI::App program("Composes, sends and receives multimedia messages and shows what is in them.",
-                     "wmsg");
+    CLI::App program("Composes, sends and receives messages, and shows what is in them.", "wmsg");
     program.set_version_flag("--version", "wmsg " WMSG_VERSION, "Print the version and end");
     program.require_subcommand(1);
     program.footer(kFooter);
@@ -42,6 +42,7 @@ int run(int argc, char **argv)
     wmsg::cli::addSend(program, exitCode);
     wmsg::cli::addReceive(program, exitCode);
     wmsg::cli::addSettings(program, exitCode);
+    wmsg::cli::addSms(program, exitCode);
     wmsg::cli::addStore(program, exitCode);
     wmsg::cli::addPush(program, exitCode);
     wmsg::cli::addBox(program, exitCode);

@@ -80,6 +80,13 @@ void TestCommandLine::addSessionHelp()
     QTest::newRow("box") << QStringList{"box", "--help"}
                          << QStringList{"--folder", "--keep", "--fault", "--faults",
                                         "--demo",   "--json", "--log",   "--verbose"};
+    QTest::newRow("sms send") << QStringList{"sms", "send", "--help"}
+                              << QStringList{"--to",   "--text",    "--data",    "--port",
+                                             "--smsc", "--no-wait", "--timeout", "--json",
+                                             "--log",  "--verbose"};
+    QTest::newRow("sms receive") << QStringList{"sms", "receive", "--help"}
+                                 << QStringList{"--port", "--count", "--timeout",
+                                                "--json", "--log",   "--verbose"};
 }
 
 void TestCommandLine::help_data()
@@ -159,9 +166,10 @@ void TestCommandLine::wrongUsage()
 void TestCommandLine::manualNamesEveryOption()
 {
     const QRegularExpression option("(?<![\\w-])--[a-z][a-z-]+");
-    for (const char *command :
-         {"decode", "compose", "send", "receive", "settings", "push", "box"}) {
-        auto found = option.globalMatch(Desk().run({command, "--help"}).out);
+    for (const char *command : {"decode", "compose", "send", "receive", "settings", "push", "box",
+                                "sms send", "sms receive"}) {
+        auto found =
+            option.globalMatch(Desk().run(QString(command).split(' ') + QStringList("--help")).out);
         QVERIFY(found.hasNext());
         while (found.hasNext()) {
             const QString name = found.next().captured();

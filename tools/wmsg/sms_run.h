@@ -1,0 +1,31 @@
+// SPDX-FileCopyrightText: 2026 The wmsg authors
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "tools/wmsg/listening_run.h"
+
+#include <sms/wsmssession.h>
+
+#include <memory>
+
+namespace wmsg::cli {
+
+/// One run of a subcommand that talks with the telephony service.
+class SmsRun : public ListeningRun {
+protected:
+    /// Null when the run is finished.
+    [[nodiscard]] WSMSSession *session() const { return m_session.get(); }
+
+private:
+    struct Closer {
+        void operator()(WSMSSession *session) const { WMFMSession::close(session); }
+    };
+
+    bool open() override;
+    void close() override { m_session.reset(); }
+
+    std::unique_ptr<WSMSSession, Closer> m_session;
+};
+
+} // namespace wmsg::cli
