@@ -39,7 +39,7 @@ void addOptions(CLI::App &program, ModemOptions &options)
         ->type_name("NUMBER")
         ->capture_default_str();
     program
-        .add_option("--service-centre", options.serviceCentre,
+        .add_option("--service-center", options.serviceCentre,
                     "The service centre that the card knows; may be empty")
         ->type_name("NUMBER")
         ->capture_default_str();
@@ -68,7 +68,7 @@ std::optional<int> check(const ModemOptions &options)
         return complain(u"--number: this is no telephone number"_s);
     }
     if (!isNumber(options.serviceCentre)) {
-        return complain(u"--service-centre: this is no telephone number"_s);
+        return complain(u"--service-center: this is no telephone number"_s);
     }
     return std::nullopt;
 }

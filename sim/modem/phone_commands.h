@@ -11,8 +11,7 @@
 
 namespace wmsg::sim {
 
-/// PhoneCommands is the part of the modem that says who it is and how the network is heard. Errors
-/// have the codes of 3GPP TS 27.007.
+/// PhoneCommands is the part of the modem that says who it is and how the network is heard.
 class PhoneCommands {
 public:
     struct Settings {

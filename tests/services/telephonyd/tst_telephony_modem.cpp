@@ -71,7 +71,7 @@ public:
         m_modem = std::make_unique<Program>();
         m_modem->start(WMSG_SIM_MODEM,
                        QStringList{"--pty", path("modem"), "--control", path("control"),
-                                   "--pdu-log", path("log"), "--service-centre", "+4366"}
+                                   "--pdu-log", path("log"), "--service-center", "+4366"}
                            + arguments);
     }
     void startDaemon()
@@ -238,7 +238,29 @@ private slots:
     void theDaemonIsKilled();
     void theDaemonIsKilledWhileItSends();
     void theDaemonIsKilledWithAMessage();
+
+private:
+    static void compareWithWitness(const World &world, const QStringList &texts);
 };
+
+/// What tshark reads in what was sent: the texts, and the data behind them.
+void TestTelephonyModem::compareWithWitness(const World &world, const QStringList &texts)
+{
+    if (QStandardPaths::findExecutable("tshark").isEmpty()
+        || QStandardPaths::findExecutable("text2pcap").isEmpty()) {
+        QSKIP("tshark is not there");
+    }
+    QStringList expected;
+    for (const QString &text : texts) {
+        const bool is16 = text.contains(u'я');
+        expected << QString("1\t43664\t%1\t\t\t%2").arg(is16 ? "8" : "0", text);
+    }
+    expected << "1\t43664\t4\t9000\t9001\t";
+    QCOMPARE(witnessed(world,
+                       {"gsm_sms.tp-mti", "gsm_sms.tp-da", "gsm_sms.tp-dcs",
+                        "gsm_sms.destination_port", "gsm_sms.originator_port", "gsm_sms.sms_text"}),
+             expected);
+}
 
 /// What two applications send goes over the line and comes back, as it was.
 void TestTelephonyModem::applications()
@@ -287,21 +309,7 @@ void TestTelephonyModem::applications()
     QTRY_COMPARE_WITH_TIMEOUT(world.status("SM"), QString("0/20"), kPatience);
     WMFMSession::close(session);
     world.daemon().stop();
-
-    if (QStandardPaths::findExecutable("tshark").isEmpty()
-        || QStandardPaths::findExecutable("text2pcap").isEmpty()) {
-        QSKIP("tshark is not there");
-    }
-    QStringList expected;
-    for (const QString &text : texts) {
-        const bool is16 = text.contains(u'я');
-        expected << QString("1\t43664\t%1\t\t\t%2").arg(is16 ? "8" : "0", text);
-    }
-    expected << "1\t43664\t4\t9000\t9001\t";
-    QCOMPARE(witnessed(world,
-                       {"gsm_sms.tp-mti", "gsm_sms.tp-da", "gsm_sms.tp-dcs",
-                        "gsm_sms.destination_port", "gsm_sms.originator_port", "gsm_sms.sms_text"}),
-             expected);
+    compareWithWitness(world, texts);
 }
 
 void TestTelephonyModem::severalParts()
