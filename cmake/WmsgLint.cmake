@@ -33,4 +33,11 @@ set_tests_properties(lint_test PROPERTIES LABELS lint ENVIRONMENT PYTHONDONTWRIT
 add_test(NAME installed_package
     COMMAND Python3::Interpreter ${PROJECT_SOURCE_DIR}/tests/package/run.py
         ${PROJECT_BINARY_DIR} ${CMAKE_INSTALL_LIBDIR} ${CMAKE_CXX_COMPILER} "${CMAKE_CXX_FLAGS}")
-set_tests_properties(installed_package PROPERTIES LABELS lint TIMEOUT 600)
+set_tests_properties(installed_package PROPERTIES LABELS lint TIMEOUT 600 FIXTURES_SETUP installed)
+
+# The examples are built against it and run. They have the sockets of the proxy daemon to themselves.
+add_test(NAME examples
+    COMMAND Python3::Interpreter ${PROJECT_SOURCE_DIR}/tests/package/examples.py
+        ${PROJECT_BINARY_DIR} ${CMAKE_INSTALL_LIBDIR} ${CMAKE_CXX_COMPILER} "${CMAKE_CXX_FLAGS}")
+set_tests_properties(examples PROPERTIES
+    TIMEOUT 600 FIXTURES_REQUIRED installed RESOURCE_LOCK mmsproxy)

@@ -80,6 +80,7 @@ int main(int argc, char **argv)
 {
     QCoreApplication application(argc, argv);
     appLogModuleStream = appLogDiscardStream();
+    std::setvbuf(stdout, nullptr, _IOLBF, 0); // what is told is seen at once, in a pipe too
     QFile picture(application.arguments().value(2));
     if (argc != 4 || !picture.open(QIODevice::ReadOnly)) {
         std::fprintf(stderr, "usage: 1-send-picture NUMBER PICTURE TEXT\n");

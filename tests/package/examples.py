@@ -1,0 +1,179 @@
+#!/usr/bin/env python3
+# SPDX-FileCopyrightText: 2026 The wmsg authors
+# SPDX-License-Identifier: Apache-2.0
+
+"""Builds the examples against what tests/package/run.py installed, and runs each of them with the installed
+programs: beside a box, with a slow network where something is cancelled.
+
+    examples.py BUILD-FOLDER LIBRARY-FOLDER COMPILER FLAGS
+"""
+
+import json
+import os
+import pathlib
+import shutil
+import signal
+import subprocess
+import sys
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+PATIENCE = 120
+
+
+class Failed(Exception):
+    pass
+
+
+def require(holds, what):
+    if not holds:
+        raise Failed(what)
+
+
+class World:
+    """A folder for the run, the examples, and the programs that were started and have to end."""
+
+    def __init__(self, work, prefix, libraries):
+        self.work = work
+        self.prefix = prefix
+        self.examples = work / "build"
+        self.environment = {**os.environ, "QT_QPA_PLATFORM": "offscreen", "HOME": str(work),
+                            "UVO_EXTRA_SYS_DATA_PATH": str(work / "device"),
+                            "LD_LIBRARY_PATH": str(prefix / libraries)}
+        self.running = []
+
+    def start(self, program, *arguments):
+        command = [str(program), *map(str, arguments)]
+        print("$", *command, "&", flush=True)
+        process = subprocess.Popen(command, env=self.environment, cwd=self.work, text=True,
+                                   stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+        self.running.append(process)
+        return process
+
+    def run(self, program, *arguments):
+        """The exit code, and what was said on both streams."""
+        process = self.start(program, *arguments)
+        output, errors = process.communicate(timeout=PATIENCE)
+        return process.returncode, output, errors
+
+    def wmsg(self, *arguments):
+        code, output, errors = self.run(self.prefix / "bin" / "wmsg", *arguments)
+        require(code == 0, f"wmsg {arguments[0]} ended with {code}: {errors}")
+        return output
+
+    def example(self, name, *arguments):
+        return self.run(self.examples / name, *arguments)
+
+    def stop(self):
+        for process in reversed(self.running):
+            if process.poll() is None:
+                process.send_signal(signal.SIGINT)
+                try:
+                    process.wait(10)
+                except subprocess.TimeoutExpired:
+                    process.kill()
+                    process.wait()
+
+
+def build(world, compiler, flags):
+    for command in (["cmake", "-S", ROOT / "examples", "-B", world.examples, "-G", "Ninja",
+                     f"-DCMAKE_PREFIX_PATH={world.prefix}", f"-DCMAKE_CXX_COMPILER={compiler}", f"-DCMAKE_CXX_FLAGS={flags}"],
+                    ["cmake", "--build", world.examples]):
+        subprocess.run([str(word) for word in command], check=True)
+
+
+def box(world, *faults):
+    arguments = [word for fault in faults for word in ("--fault", fault)]
+    process = world.start(world.prefix / "bin" / "wmsg", "box", "--folder", world.work / "box", "--json", *arguments)
+    line = process.stdout.readline()
+    require(line, f"the box does not start: {process.stderr.read() if process.poll() is not None else ''}")
+    return json.loads(line)
+
+
+def a_picture(world):
+    path = world.work / "sunset.png"
+    subprocess.run([sys.executable, ROOT / "scripts" / "make-picture.py", path, "640", "480"], check=True)
+    return path
+
+
+def send_and_save(world, picture):
+    saver = world.start(world.examples / "2-save-what-arrives", world.work / "saved", "1")
+    code, output, errors = world.example("1-send-picture", "+15550100", picture, "What you missed")
+    require(code == 0 and output.endswith("sent\n"), f"not sent: {output}{errors}")
+    output, errors = saver.communicate(timeout=PATIENCE)
+    require(saver.returncode == 0 and '"sunset.png"' in output, f"not saved: {output}{errors}")
+    folder = world.work / "saved" / "message-1"
+    require((folder / "sunset.png").read_bytes() == picture.read_bytes(), "another picture arrived")
+    require((folder / "text.txt").read_text(encoding="utf-8") == "What you missed", "another text arrived")
+
+
+def cancel(world, picture):
+    """The network takes the second message slowly, so that there is something to take back."""
+    process = world.start(world.examples / "1-send-picture", "+15550100", picture, "Never mind")
+    require("of" in process.stdout.readline(), "no progress was told")
+    process.send_signal(signal.SIGINT)
+    output, errors = process.communicate(timeout=PATIENCE)
+    require(process.returncode == 1 and "not sent: status 19" in output, f"not cancelled: {output}{errors}")
+
+
+def keep(world):
+    mail = world.work / "kept.mms"
+    world.wmsg("compose", "--to", "+15550100", "--subject", "To keep", "--text", "Kept text", "--pdu", "stored", "-o", mail)
+    code, output, errors = world.example("3-inbox", "add", mail)
+    require(code == 0, f"not kept: {errors}")
+    number = output.split()[-1]
+    code, output, _ = world.example("3-inbox", "list")
+    require(code == 0 and "To keep" in output and output.endswith("1 messages\n"), f"another list: {output}")
+    code, output, _ = world.example("3-inbox", "show", number)
+    require(code == 0 and "Kept text" in output, f"another message: {output}")
+    require(world.example("3-inbox", "remove", number)[0] == 0, "not removed")
+    require(world.example("3-inbox", "show", number)[0] == 1, "still there")
+    return mail
+
+
+def talk(world):
+    answering = world.start(world.examples / "4-port-messages", "answer", "9000")
+    require("listening" in answering.stdout.readline(), "nobody answers")
+    code, output, errors = world.example("4-port-messages", "ask", "+15550100", "9000", "bye")
+    require(code == 0 and "You said: bye" in output, f"another answer: {output}{errors}")
+    output, errors = answering.communicate(timeout=PATIENCE)
+    require(answering.returncode == 0 and "says: bye" in output, f"heard something else: {output}{errors}")
+
+
+def forward(world, mail):
+    code, output, errors = world.example("5-forward", mail, "+15550101")
+    require(code == 0 and output == "forwarded\n", f"not forwarded: {output}{errors}")
+    protected = world.work / "locked.dm"
+    protected.write_bytes(b"--limit\r\nContent-Type: image/gif\r\nContent-Transfer-Encoding: binary\r\n\r\nGIF89a\r\n--limit--\r\n")
+    locked = world.work / "locked.mms"
+    world.wmsg("compose", "--to", "+15550100", "--attach", protected, "--pdu", "stored", "-o", locked)
+    code, output, errors = world.example("5-forward", locked, "+15550101")
+    require(code == 1 and "rights forbid" in errors, f"a locked picture was forwarded: {output}{errors}")
+
+
+def main():
+    if len(sys.argv) != 5:
+        sys.exit(__doc__)
+    folder, libraries, compiler, flags = sys.argv[1:]
+    installed = pathlib.Path(folder).resolve() / "installed_package"
+    work = installed / "examples"
+    shutil.rmtree(work, ignore_errors=True)
+    work.mkdir()
+    world = World(work, installed / "prefix", libraries)
+    try:
+        build(world, compiler, flags)
+        mail = keep(world)
+        box(world, "send 2 up-rate=2000")
+        picture = a_picture(world)
+        send_and_save(world, picture)
+        cancel(world, picture)
+        talk(world)
+        forward(world, mail)
+    finally:
+        world.stop()
+
+
+if __name__ == "__main__":
+    try:
+        main()
+    except (Failed, subprocess.CalledProcessError, subprocess.TimeoutExpired) as failed:
+        sys.exit(f"examples: {failed}")
