@@ -3,6 +3,7 @@
 
 #include "tools/wmsg/receive.h"
 
+#include "services/common/option_checks.h"
 #include "tools/wmsg/keep_options.h"
 #include "tools/wmsg/log_options.h"
 #include "tools/wmsg/receive_run.h"
@@ -31,6 +32,7 @@ struct ReceiveOptions {
     int count = 0;
     std::string saveDirectory;
     std::string partsDirectory;
+    std::string spool = service::defaultSpoolOf("mmsproxyd"_L1).toStdString();
     KeepOptions keep;
     bool full = false;
     SessionOptions session;
@@ -67,6 +69,7 @@ int runReceive(const ReceiveOptions &options)
     request.saveDirectory = QByteArray::fromStdString(options.saveDirectory);
     request.partsDirectory = QByteArray::fromStdString(options.partsDirectory);
     request.store = options.keep.storeFolder(MMS_ENG_INBOX);
+    request.spool = QString::fromStdString(options.spool);
     request.detail = options.full ? Detail::Full : Detail::Short;
     request.isJson = options.session.json;
     ReceiveRun run(request);
@@ -95,6 +98,11 @@ void addReceive(CLI::App &program, int &exitCode)
         ->add_option("--extract", options->partsDirectory,
                      "Save the parts of each message in a directory of its own in DIR")
         ->type_name("DIR");
+    command
+        ->add_option("--spool", options->spool,
+                     "The spool of the daemon, to tell what it sets aside because nobody can read "
+                     "it")
+        ->type_name("FOLDER");
     options->keep.addTo(*command, "Store each message in the message store", "inbox");
     command->add_flag("--full", options->full, "Cut no texts and lists");
     options->session.addTo(*command, "without --count that is no failure",

@@ -33,7 +33,8 @@ template <typename Folder> bool opens(const std::optional<Folder> &folder, const
 
 } // namespace
 
-ReceiveRun::ReceiveRun(ReceiveRequest request) : m_request(std::move(request))
+ReceiveRun::ReceiveRun(ReceiveRequest request)
+    : m_request(std::move(request)), m_kept(m_request.spool)
 {
     if (!m_request.saveDirectory.isEmpty()) {
         m_messages.emplace(m_request.saveDirectory);
@@ -51,6 +52,11 @@ bool ReceiveRun::openFolders() const
 
 void ReceiveRun::begin()
 {
+    const QString before = m_kept.watch();
+    if (!before.isEmpty()) {
+        complain(before);
+    }
+    QObject::connect(&m_kept, &KeptFolder::setAside, context(), &complain);
     for (const QString &id : std::as_const(m_request.appIds)) {
         WMFM::STATUS_T status = WMFM::STATUS_OK;
         m_registrations.insert(session()->registerAppID(id, status), id);

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "tools/wmsg/kept_folder.h"
 #include "tools/wmsg/message_folder.h"
 #include "tools/wmsg/message_view.h"
 #include "tools/wmsg/session_run.h"
@@ -21,6 +22,7 @@ struct ReceiveRequest {
     int count = 0; ///< 0: until interrupted.
     QByteArray saveDirectory;
     QByteArray partsDirectory;
+    QString spool; ///< Of the daemon, which sets messages aside there.
     std::optional<StoreFolder> store;
     Detail detail = Detail::Short;
     bool isJson = false;
@@ -54,6 +56,7 @@ private:
     ReceiveRequest m_request;
     std::optional<MessageFolder> m_messages;
     std::optional<MessageFolder> m_parts;
+    KeptFolder m_kept;
     QHash<int, QString> m_registrations;
     QByteArray m_saved; // where the last message is
     int m_number = 0;

@@ -49,6 +49,7 @@ private slots:
     {
         appLogModuleStream = appLogDiscardStream();
         qputenv("UVO_EXTRA_SYS_DATA_PATH", "root"); // on the desk of each test
+        qputenv("XDG_STATE_HOME", "/nonexistent");
     }
     void shows();
     void json();
@@ -67,6 +68,7 @@ private slots:
     void noFolder();
     void countedOnesOnly();
     void undecodable();
+    void tellsWhatIsSetAside();
     void interrupt();
     void timeouts();
     void daemonGoesAway();
@@ -360,6 +362,38 @@ void TestReceive::undecodable()
     QCOMPARE(ended.exitCode, 0);
     QVERIFY(ended.out.startsWith("message 1, "));
     QVERIFY(ended.out.contains("Hut"));
+}
+
+// The daemon writes the reason as a file of its own, as a whole.
+void TestReceive::tellsWhatIsSetAside()
+{
+    const Desk desk;
+    ProxyPeer proxy;
+    QVERIFY(desk.folder().mkpath("spool/kept"));
+    desk.write("spool/kept/in-00000000000000000001.txt", "of before\n");
+    desk.write("spool/kept/in-00000000000000000001.pdu", "x");
+    const auto program = desk.begin({"receive", "--spool", "spool"});
+    QProcess &process = program->process;
+    process.setReadChannel(QProcess::StandardError);
+    QTRY_VERIFY(process.canReadLine());
+    QCOMPARE(QString(process.readLine()), "wmsg: a message was set aside before: see spool/kept\n");
+    const auto setAside = [&](const char *name, const char *reason) {
+        desk.write("new", reason);
+        QVERIFY(QFile::rename(desk.path("new"), desk.path(QString("spool/kept/") + name)));
+    };
+    setAside("in-00000000000000000002.txt", "no\x1B message (at offset 3)\n");
+    QTRY_VERIFY(process.canReadLine());
+    QCOMPARE(QString(process.readLine()),
+             "wmsg: a message that came was set aside: no\\x1B message (at offset 3) "
+             "(spool/kept/in-00000000000000000002.txt)\n");
+    setAside("in-00000000000000000002.pdu", "x");
+    setAside("out-00000000000000000003.txt", "");
+    QTRY_VERIFY(process.canReadLine());
+    QCOMPARE(QString(process.readLine()),
+             "wmsg: a message to be sent was set aside: "
+             " (spool/kept/out-00000000000000000003.txt)\n");
+    program->signal(SIGINT);
+    QCOMPARE(program->end().exitCode, 0);
 }
 
 void TestReceive::interrupt()
