@@ -13,8 +13,10 @@ import os
 import pathlib
 import shutil
 import signal
+import struct
 import subprocess
 import sys
+import zlib
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 PATIENCE = 120
@@ -150,6 +152,50 @@ def forward(world, mail):
     require(code == 1 and "rights forbid" in errors, f"a locked picture was forwarded: {output}{errors}")
 
 
+def pixels(path):
+    """The colours of a PNG of eight bits a channel, as Qt writes it, with how often each is there."""
+    data = path.read_bytes()
+    width, height, _, kind = struct.unpack(">IIBB", data[16:26])
+    depth = {2: 3, 6: 4}[kind]
+    packed, position = b"", 8
+    while position < len(data):
+        length, = struct.unpack(">I", data[position:position + 4])
+        if data[position + 4:position + 8] == b"IDAT":
+            packed += data[position + 8:position + 8 + length]
+        position += length + 12
+    raw, colours, above = zlib.decompress(packed), {}, bytearray(width * depth)
+    for row in range(height):
+        start = row * (width * depth + 1)
+        line = bytearray(raw[start + 1:start + 1 + width * depth])
+        for i in range(len(line)):
+            left, up = line[i - depth] if i >= depth else 0, above[i]
+            corner = above[i - depth] if i >= depth else 0
+            estimate = left + up - corner
+            paeth = min((left, up, corner), key=lambda value: abs(estimate - value))
+            line[i] = (line[i] + (0, left, up, (left + up) // 2, paeth)[raw[start]]) & 255
+        for x in range(0, len(line), depth):
+            colour = tuple(line[x:x + 3])
+            colours[colour] = colours.get(colour, 0) + 1
+        above = line
+    return colours
+
+
+def show(world, picture):
+    """The window of the messenger has the picture twice: as it was sent, and as it arrived."""
+    program = world.examples / "6-messenger"
+    if not program.exists():
+        print("the messenger is not built: there is no Qt Quick", flush=True)
+        return
+    shot = world.work / "messenger.png"
+    world.environment.update(QT_QUICK_BACKEND="software", XDG_RUNTIME_DIR=str(world.work), ASAN_OPTIONS="detect_leaks=0")
+    code, output, errors = world.run(program, "--to", "+15550100", "--text", "Look what I found on the way home",
+                                     "--picture", picture, "--grab", shot)
+    require(code == 0, f"the messenger ended with {code}: {output}{errors}")
+    sun = (247, 228, 172)
+    count = sum(often for colour, often in pixels(shot).items() if all(abs(a - b) < 8 for a, b in zip(colour, sun)))
+    require(count > 2000, f"{count} points of the sun are in the window")
+
+
 def main():
     if len(sys.argv) != 5:
         sys.exit(__doc__)
@@ -168,6 +214,7 @@ def main():
         cancel(world, picture)
         talk(world)
         forward(world, mail)
+        show(world, picture)
     finally:
         world.stop()
 
