@@ -78,7 +78,8 @@ void checkSeptets(const QByteArray &input)
     for (int fill = 0; fill < 7; ++fill) {
         const QByteArray septets = unpackSeptets(input, input.size() * 2, fill);
         const QByteArray packed = packSeptets(septets, fill);
-        require(packed.size() <= qMax<qsizetype>(input.size(), 1), "septets take no more than they came from");
+        require(packed.size() <= qMax<qsizetype>(input.size(), 1),
+                "septets take no more than they came from");
         require(unpackSeptets(packed, septets.size(), fill) == septets, "septets come back");
     }
     const QString text = textFromGsm7(input);

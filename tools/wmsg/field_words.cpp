@@ -27,6 +27,24 @@ constexpr std::array kFieldNames = {
 };
 static_assert(kFieldNames.size() == MMS_FIELD_TRANSACTION_ID);
 
+// What newer versions of the protocol added; the library has no codecs for them.
+constexpr std::array kLaterFieldNames = {
+    "Retrieve-Status",       "Retrieve-Text",         "Read-Status",
+    "Reply-Charging",        "Reply-Charging-Deadline", "Reply-Charging-ID",
+    "Reply-Charging-Size",   "Previously-Sent-By",    "Previously-Sent-Date",
+    "Store",                 "MM-State",              "MM-Flags",
+    "Store-Status",          "Store-Status-Text",     "Stored",
+    "Attributes",            "Totals",                "Mbox-Totals",
+    "Quotas",                "Mbox-Quotas",           "Message-Count",
+    "Content",               "Start",                 "Additional-Headers",
+    "Distribution-Indicator", "Element-Descriptor",   "Limit",
+    "Recommended-Retrieval-Mode", "Recommended-Retrieval-Mode-Text", "Status-Text",
+    "Applic-ID",             "Reply-Applic-ID",       "Aux-Applic-Info",
+    "Content-Class",         "DRM-Content",           "Adaptation-Allowed",
+    "Replace-ID",            "Cancel-ID",             "Cancel-Status",
+};
+static_assert(kFieldNames.size() + kLaterFieldNames.size() == 0x3F);
+
 constexpr CodeWords kPduTypes[] = {
     {MMS_PDU_SEND_REQ,         "send-req",         "send request"},
     {MMS_PDU_SEND_CONF,        "send-conf",        "send confirmation"},
@@ -36,6 +54,22 @@ constexpr CodeWords kPduTypes[] = {
     {MMS_PDU_ACKNOWLEDGE_IND,  "acknowledge-ind",  "acknowledge"},
     {MMS_PDU_DELIVERY_IND,     "delivery-ind",     "delivery report"},
     {MMS_PDU_STORED,           "stored",           "stored message"},
+    {0x88,                     "read-orig-ind",    "read report"},
+    {0x89,                     "forward-req",      "forward request"},
+    {0x8A,                     "forward-conf",     "forward confirmation"},
+    {0x8B,                     "mbox-store-req",   "mailbox store request"},
+    {0x8C,                     "mbox-store-conf",  "mailbox store confirmation"},
+    {0x8D,                     "mbox-view-req",    "mailbox view request"},
+    {0x8E,                     "mbox-view-conf",   "mailbox view confirmation"},
+    {0x8F,                     "mbox-upload-req",  "mailbox upload request"},
+    {0x90,                     "mbox-upload-conf", "mailbox upload confirmation"},
+    {0x91,                     "mbox-delete-req",  "mailbox delete request"},
+    {0x92,                     "mbox-delete-conf", "mailbox delete confirmation"},
+    {0x93,                     "mbox-descr",       "mailbox description"},
+    {0x94,                     "delete-req",       "delete request"},
+    {0x95,                     "delete-conf",      "delete confirmation"},
+    {0x96,                     "cancel-req",       "cancel request"},
+    {0x97,                     "cancel-conf",      "cancel confirmation"},
 };
 
 constexpr CodeWords kClasses[] = {
@@ -94,6 +128,68 @@ constexpr CodeWords kResponseStatuses[] = {
     {234, "error-permanent-address-hiding-not-supported",
           "failed for good: the sender cannot be hidden"},
 };
+
+constexpr CodeWords kRetrieveStatuses[] = {
+    {128, "ok",                                  "the message follows"},
+    {192, "error-transient-failure",             "failed for now"},
+    {193, "error-transient-message-not-found",   "failed for now: message not found"},
+    {194, "error-transient-network-problem",     "failed for now: network problem"},
+    {224, "error-permanent-failure",             "failed for good"},
+    {225, "error-permanent-service-denied",      "failed for good: service denied"},
+    {226, "error-permanent-message-not-found",   "failed for good: message not found"},
+    {227, "error-permanent-content-unsupported", "failed for good: content not supported"},
+};
+
+constexpr CodeWords kReadStatuses[] = {
+    {128, "read",                         "read"},
+    {129, "deleted-without-being-read",   "deleted without being read"},
+};
+
+constexpr CodeWords kReplyChargings[] = {
+    {128, "requested",           "a paid reply is asked for"},
+    {129, "requested-text-only", "a paid reply of text is asked for"},
+    {130, "accepted",            "a paid reply is accepted"},
+    {131, "accepted-text-only",  "a paid reply of text is accepted"},
+};
+
+constexpr CodeWords kStates[] = {
+    {128, "draft",     "draft"},
+    {129, "sent",      "sent"},
+    {130, "new",       "new"},
+    {131, "retrieved", "retrieved"},
+    {132, "forwarded", "forwarded"},
+};
+
+constexpr CodeWords kStoreStatuses[] = {
+    {128, "success",                                "stored"},
+    {192, "error-transient-failure",                "failed for now"},
+    {193, "error-transient-network-problem",        "failed for now: network problem"},
+    {224, "error-permanent-failure",                "failed for good"},
+    {225, "error-permanent-service-denied",         "failed for good: service denied"},
+    {226, "error-permanent-message-format-corrupt", "failed for good: the message is malformed"},
+    {227, "error-permanent-message-not-found",      "failed for good: message not found"},
+    {228, "error-permanent-mmbox-full",             "failed for good: the mailbox is full"},
+};
+
+constexpr CodeWords kRetrievalModes[] = {
+    {128, "manual", "by hand"},
+};
+
+constexpr CodeWords kContentClasses[] = {
+    {128, "text",          "text"},
+    {129, "image-basic",   "small pictures"},
+    {130, "image-rich",    "pictures"},
+    {131, "video-basic",   "small films"},
+    {132, "video-rich",    "films"},
+    {133, "megapixel",     "large pictures"},
+    {134, "content-basic", "small content of any kind"},
+    {135, "content-rich",  "content of any kind"},
+};
+
+constexpr CodeWords kCancelStatuses[] = {
+    {128, "request-successfully-received", "the request was received"},
+    {129, "request-corrupted",             "the request is malformed"},
+};
 // clang-format on
 
 struct CodeTable {
@@ -108,6 +204,14 @@ constexpr CodeTable kCodeTables[] = {
     {MMS_FIELD_PRIORITY, std::begin(kPriorities), std::end(kPriorities)},
     {MMS_FIELD_MSG_STATUS, std::begin(kStatuses), std::end(kStatuses)},
     {MMS_FIELD_RESPONSE_STATUS, std::begin(kResponseStatuses), std::end(kResponseStatuses)},
+    {0x19, std::begin(kRetrieveStatuses), std::end(kRetrieveStatuses)},
+    {0x1B, std::begin(kReadStatuses), std::end(kReadStatuses)},
+    {0x1C, std::begin(kReplyChargings), std::end(kReplyChargings)},
+    {0x23, std::begin(kStates), std::end(kStates)},
+    {0x25, std::begin(kStoreStatuses), std::end(kStoreStatuses)},
+    {0x34, std::begin(kRetrievalModes), std::end(kRetrievalModes)},
+    {0x3A, std::begin(kContentClasses), std::end(kContentClasses)},
+    {0x3F, std::begin(kCancelStatuses), std::end(kCancelStatuses)},
 };
 
 template <typename Matches> const CodeWords *findCode(int fieldId, Matches matches)
@@ -125,8 +229,13 @@ template <typename Matches> const CodeWords *findCode(int fieldId, Matches match
 
 QString fieldName(int id)
 {
-    const bool isField = id >= 1 && id <= int(kFieldNames.size());
-    return isField ? QString::fromLatin1(kFieldNames[size_t(id) - 1]) : u"field %1"_s.arg(id);
+    constexpr int kLast = kFieldNames.size();
+    constexpr int kLastLater = kLast + kLaterFieldNames.size();
+    if (id < 1 || id > kLastLater) {
+        return u"field %1"_s.arg(id);
+    }
+    return QString::fromLatin1(id <= kLast ? kFieldNames[size_t(id) - 1]
+                                           : kLaterFieldNames[size_t(id - kLast) - 1]);
 }
 
 const CodeWords *codeWords(int fieldId, quint8 code)

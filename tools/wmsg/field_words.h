@@ -10,7 +10,8 @@
 /// The header fields and their codes in words, for people and for programs.
 namespace wmsg::cli {
 
-/// The name of header field `id`, 1 to 24, as the protocol has it without its "X-Mms-" prefix.
+/// The name of header field `id`, 1 to 63, as the protocol has it without its "X-Mms-" prefix. The
+/// library has codecs for those up to 24.
 [[nodiscard]] QString fieldName(int id);
 
 /// One code of a field: how programs spell it and how people read it.

@@ -23,6 +23,30 @@ QString offsetText(qint64 offset)
     return QString::number(offset, 16).toUpper().rightJustified(8, u'0');
 }
 
+/// The fields of a header have names of many kinds; everything else has one that tells.
+Tone toneOf(const ByteRange &range)
+{
+    const QString &field = range.field;
+    if (field == "rest"_L1 || range.meaning == "cannot be read"_L1
+        || range.meaning.contains("cut off"_L1)) {
+        return Tone::Trouble;
+    }
+    if (range.isData) {
+        return Tone::Data;
+    }
+    if (field == "push"_L1) {
+        return Tone::Push;
+    }
+    if (field == "short message"_L1 || field == "service centre"_L1
+        || field == "user data header"_L1) {
+        return Tone::ShortMessage;
+    }
+    if (field == "body"_L1 || field.startsWith("part "_L1)) {
+        return Tone::Part;
+    }
+    return range.meaning == "field id"_L1 ? Tone::FieldId : Tone::Header;
+}
+
 } // namespace
 
 void HexView::print(const ByteRange &range) const
@@ -30,12 +54,13 @@ void HexView::print(const ByteRange &range) const
     const qint64 end = qint64(range.offset) + range.length;
     const bool isFolded = range.isData && m_detail == Detail::Short && range.length > kFoldAbove;
     const qint64 shownEnd = isFolded ? range.offset + kShownOfFolded : end;
+    const Tone tone = m_hasColours ? toneOf(range) : Tone::Plain;
     QString meaning = range.field + u": "_s + range.meaning;
     if (range.isData) {
         meaning += u", "_s + counted(range.length, "byte"_L1);
     }
     for (qint64 from = range.offset; from < shownEnd; from += kLine) {
-        printLine(from, std::min(from + kLine, shownEnd), meaning);
+        printLine(from, std::min(from + kLine, shownEnd), meaning, tone);
         meaning.clear();
     }
     if (isFolded) {
@@ -45,13 +70,13 @@ void HexView::print(const ByteRange &range) const
     }
 }
 
-void HexView::printLine(qint64 from, qint64 to, const QString &meaning) const
+void HexView::printLine(qint64 from, qint64 to, const QString &meaning, Tone tone) const
 {
-    constexpr int kHexWidth = 3 * kLine - 1;
+    constexpr qsizetype kHexWidth = 3 * kLine - 1;
     const QByteArray hex = m_bytes.sliced(from, to - from).toByteArray().toHex(' ').toUpper();
-    QString line = offsetText(from) + u"  "_s + QString::fromLatin1(hex);
+    QString line = offsetText(from) + u"  "_s + coloured(QString::fromLatin1(hex), tone);
     if (!meaning.isEmpty()) {
-        line = line.leftJustified(10 + kHexWidth) + u"  "_s + harmless(meaning);
+        line += QString(kHexWidth - hex.size() + 2, u' ') + coloured(harmless(meaning), tone);
     }
     say(line + u'\n');
 }

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "tools/wmsg/colours.h"
 #include "tools/wmsg/message_view.h"
 #include "tools/wmsg/walk_notes.h"
 
@@ -12,15 +13,19 @@ namespace wmsg::cli {
 class HexView {
 public:
     /// The view is on `bytes`, which must stay. Long data are folded unless the detail is full.
-    HexView(QByteArrayView bytes, Detail detail) : m_bytes(bytes), m_detail(detail) { }
+    HexView(QByteArrayView bytes, Detail detail, bool hasColours = false)
+        : m_bytes(bytes), m_detail(detail), m_hasColours(hasColours)
+    {
+    }
 
     void print(const ByteRange &range) const;
 
 private:
-    void printLine(qint64 from, qint64 to, const QString &meaning) const;
+    void printLine(qint64 from, qint64 to, const QString &meaning, Tone tone) const;
 
     QByteArrayView m_bytes;
     Detail m_detail;
+    bool m_hasColours;
 };
 
 } // namespace wmsg::cli

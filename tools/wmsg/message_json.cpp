@@ -251,6 +251,91 @@ QJsonObject contentJson(const WMMSMsg &message)
     };
 }
 
+namespace {
+
+QJsonObject remarkJson(const intake::Remark &remark)
+{
+    return {{u"offset"_s, remark.offset}, {u"what"_s, remark.what}};
+}
+
+QJsonArray remarksJson(const QList<intake::Remark> &remarks)
+{
+    QJsonArray array;
+    for (const intake::Remark &remark : remarks) {
+        array.append(remarkJson(remark));
+    }
+    return array;
+}
+
+QJsonObject intakeJson(const Explanation &intake)
+{
+    QJsonObject object{
+        {u"changed"_s, intake.isChanged},
+        {u"steps"_s, remarksJson(intake.steps)},
+        {u"lost"_s, remarksJson(intake.lost)},
+    };
+    if (intake.problem) {
+        object.insert(u"keptAside"_s, remarkJson(*intake.problem));
+    }
+    insertText(object, u"notice"_s, intake.notice);
+    return object;
+}
+
+QJsonObject codecJson(const Explanation &intake)
+{
+    QJsonObject object{{u"result"_s, qint64(intake.codecResult)}};
+    if (const auto &failure = intake.codecFailure) {
+        object.insert(u"offset"_s, failure->offset);
+        object.insert(u"field"_s, failure->field);
+        object.insert(u"message"_s, failure->message);
+    }
+    return object;
+}
+
+QJsonArray otherFieldsJson(const QList<OtherField> &fields)
+{
+    QJsonArray array;
+    for (const OtherField &field : fields) {
+        QJsonObject object{
+            {u"offset"_s, field.offset},
+            {u"name"_s, field.name},
+            {u"value"_s, field.value},
+        };
+        if (field.id != 0) {
+            object.insert(u"id"_s, field.id);
+        }
+        array.append(object);
+    }
+    return array;
+}
+
+QJsonObject pushJson(const PushFacts &push)
+{
+    QJsonObject object{
+        {u"transaction"_s, push.transaction},
+        {u"type"_s, push.type},
+        {u"contentType"_s, push.media},
+    };
+    insertText(object, u"application"_s, push.application);
+    return object;
+}
+
+void insertExplanation(QJsonObject &object, const Explanation &intake)
+{
+    object.insert(u"intake"_s, intakeJson(intake));
+    object.insert(u"codec"_s, codecJson(intake));
+    object.insert(u"headerLength"_s, intake.headerLength);
+    object.insert(u"bodyLength"_s, intake.bodyLength);
+    if (!intake.otherFields.isEmpty()) {
+        object.insert(u"otherFields"_s, otherFieldsJson(intake.otherFields));
+    }
+    if (intake.push) {
+        object.insert(u"push"_s, pushJson(*intake.push));
+    }
+}
+
+} // namespace
+
 QJsonObject messageJson(const DecodedFile &file)
 {
     const bool isMailFile = file.kind == FileKind::MailFile;
@@ -267,6 +352,9 @@ QJsonObject messageJson(const DecodedFile &file)
     };
     if (isMailFile) {
         object.insert(u"mmsType"_s, file.message.getMMSType());
+    }
+    if (file.intake) {
+        insertExplanation(object, *file.intake);
     }
     return object;
 }

@@ -6,6 +6,8 @@
 #include "tools/wmsg/field_words.h"
 #include "tools/wmsg/text_view.h"
 
+#include <mms/model/result_codes.h>
+
 #include <QtCore/QStringList>
 
 #include <algorithm>
@@ -282,8 +284,9 @@ QString kindInWords(const DecodedFile &file)
 QString titleOf(const DecodedFile &file)
 {
     const QString size = sizeInWords(file.bytes.size());
-    const QString lengths =
-        u"header %1, body %2"_s.arg(file.walk.headerLength()).arg(file.walk.bodyLength());
+    const qint32 header = file.intake ? file.intake->headerLength : file.walk.headerLength();
+    const qint32 body = file.intake ? file.intake->bodyLength : file.walk.bodyLength();
+    const QString lengths = u"header %1, body %2"_s.arg(header).arg(body);
     return u"%1: %2, %3, %4\n"_s.arg(printable(file.name), kindInWords(file), size, lengths);
 }
 
@@ -309,10 +312,89 @@ QString contentView(const WMMSMsg &message, Detail detail)
     return headerView(message, 0, detail) + partsView(message, detail);
 }
 
+namespace {
+
+QString remarksView(const QList<intake::Remark> &remarks, const QString &what)
+{
+    if (remarks.isEmpty()) {
+        return {};
+    }
+    QString view = u"\n  "_s + what + u'\n';
+    for (const intake::Remark &remark : remarks) {
+        view += u"  offset %1: %2\n"_s.arg(remark.offset).arg(printable(remark.what));
+    }
+    return view;
+}
+
+QString codecView(const Explanation &intake)
+{
+    if (intake.codecResult == MMS_DECODE_OK) {
+        return {};
+    }
+    QString view = u"\n  the codec alone: result %1 (%2"_s.arg(intake.codecResult)
+                       .arg(resultInWords(intake.codecResult));
+    if (const auto &why = intake.codecFailure) {
+        view += u": %1) at offset %2, field %3"_s.arg(harmless(why->message))
+                    .arg(why->offset)
+                    .arg(harmless(why->field));
+    } else {
+        view += u')';
+    }
+    return view + u'\n';
+}
+
+QString pushView(const PushFacts &push)
+{
+    QString view = u"transaction %1"_s.arg(push.transaction);
+    if (!push.media.isEmpty()) {
+        view += u", "_s + printable(push.media);
+    }
+    if (!push.application.isNull()) {
+        view += u", application "_s + push.application;
+    }
+    return view;
+}
+
+/// What stands around the fields that the codec knows.
+QString aroundView(const Explanation &intake)
+{
+    constexpr int kNameWidth = 19;
+    QString view;
+    if (intake.push) {
+        view +=
+            u"  "_s + QString(u"Push"_s).leftJustified(kNameWidth) + pushView(*intake.push) + u'\n';
+    }
+    for (const OtherField &field : intake.otherFields) {
+        view += u"  "_s + (field.name + u' ').leftJustified(kNameWidth) + field.value + u'\n';
+    }
+    return view;
+}
+
+} // namespace
+
+QString notesView(const DecodedFile &file)
+{
+    if (!file.intake) {
+        return warningsView(file.walk);
+    }
+    const Explanation &intake = *file.intake;
+    QString view;
+    if (!intake.notice.isEmpty()) {
+        view += u"\n  "_s + harmless(intake.notice) + u'\n';
+    }
+    view += remarksView(intake.steps, counted(intake.steps.size(), "repair"_L1));
+    view += remarksView(intake.lost, u"lost"_s);
+    if (intake.problem) {
+        view += remarksView({*intake.problem}, u"kept aside by the daemon"_s);
+    }
+    return view + warningsView(file.walk) + codecView(intake);
+}
+
 QString messageView(const DecodedFile &file, Detail detail)
 {
-    return titleOf(file) + headerView(file.message, file.walk.failedField(), detail)
-        + partsView(file.message, detail) + warningsView(file.walk);
+    const QString around = file.intake ? aroundView(*file.intake) : QString();
+    return titleOf(file) + headerView(file.message, file.walk.failedField(), detail) + around
+        + partsView(file.message, detail) + notesView(file);
 }
 
 } // namespace wmsg::cli

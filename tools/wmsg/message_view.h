@@ -35,6 +35,10 @@ struct FieldView {
 /// The line that a file's view begins with.
 [[nodiscard]] QString titleOf(const DecodedFile &file);
 
+/// What intake made of a file, what the codec says when it does not read it, and the warnings; a
+/// line each, empty when there are none.
+[[nodiscard]] QString notesView(const DecodedFile &file);
+
 /// The warnings, a line each; empty when there are none.
 [[nodiscard]] QString warningsView(const PduWalk &walk);
 

@@ -57,10 +57,11 @@ quint32 PduWalk::fail(quint32 result, const Finding &why)
     return result;
 }
 
-quint32 PduWalk::walk(QArray<char> &file, FileKind kind)
+quint32 PduWalk::walk(QArray<char> &file, FileKind kind, qint32 pduOffset)
 {
     m_kind = kind;
     m_size = file.size();
+    m_pduOffset = kind == FileKind::Pdu ? pduOffset : 0;
     quint32 result = MMS_DECODE_OK;
     if (kind == FileKind::MailFile) {
         result = walkPrefix(file);

@@ -30,8 +30,9 @@ public:
     /// `sink` gets the ranges in order; together they are the file, each byte once.
     explicit PduWalk(WalkNotes::Sink sink = {}) : m_notes(std::move(sink)) { }
 
-    /// Walks one file. The bytes are only read. Returns a result code of decoding.
-    quint32 walk(QArray<char> &file, FileKind kind);
+    /// Walks one file. The bytes are only read. Returns a result code of decoding. A PDU may begin
+    /// at an offset; a mail file has its prefix.
+    quint32 walk(QArray<char> &file, FileKind kind, qint32 pduOffset = 0);
 
     /// Why and where the file cannot be decoded; nothing when it can.
     [[nodiscard]] const std::optional<Finding> &failure() const { return m_failure; }

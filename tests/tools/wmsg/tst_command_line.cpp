@@ -97,9 +97,10 @@ void TestCommandLine::help_data()
         "--help"} << QStringList{"decode",    "compose",           "send", "receive", "settings",
                                  "--version", "Exit codes: 0 fine"};
     QTest::newRow("decode") << QStringList{"decode", "--help"}
-                            << QStringList{"FILE",       "--json", "--hex",    "--full",
-                                           "--extract",  "--html", "--force",  "--as",
-                                           "--max-size", "--log",  "--verbose"};
+                            << QStringList{"FILE",     "--json", "--hex",      "--color",
+                                           "--strict", "--full", "--extract",  "--html",
+                                           "--force",  "--as",   "--max-size", "--log",
+                                           "--verbose"};
     QTest::newRow("compose") << QStringList{"compose", "-h"}
                              << QStringList{"--to",
                                             "--cc",

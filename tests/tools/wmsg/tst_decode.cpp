@@ -146,7 +146,8 @@ void TestDecode::json()
    "contentLocation": "t.txt", "size": 5,
    "sha256": "2b2e6386fdfb83273eea1b2d4b3294eac61e9967d949d9f5ecedbd25c3cf2234",
    "text": "Look!"}],
-"warnings": []})");
+"warnings": [],
+"intake": {"changed": false, "steps": [], "lost": []}, "codec": {"result": 100}})");
     QVERIFY(!expected.isNull());
     QCOMPARE(QJsonDocument(run.json()).toJson(), expected.toJson());
 }
@@ -173,8 +174,9 @@ void TestDecode::jsonOfAFailure()
 {
     const Desk desk;
     desk.bring("pdu/cut-in-address");
-    const Run run = desk.run({"decode", "--json", "cut-in-address"});
+    const Run run = desk.run({"decode", "--strict", "--json", "cut-in-address"});
     QCOMPARE(run.exitCode, 1);
+    QVERIFY(!run.json().contains("intake") && !run.json().contains("codec"));
     QCOMPARE(run.json()["result"].toInt(), 113);
     QCOMPARE(run.json()["headers"],
              QJsonValue(QJsonObject{{"type", "notification-ind"}, {"typeCode", 130}}));
@@ -189,8 +191,8 @@ void TestDecode::severalFiles()
     const Desk desk;
     desk.bring("pdu/notification");
     desk.bring("pdu/unknown-field");
-    const Run run =
-        desk.run({"decode", "--json", "notification", "nowhere", "unknown-field", "notification"});
+    const Run run = desk.run({"decode", "--strict", "--json", "notification", "nowhere",
+                              "unknown-field", "notification"});
     QCOMPARE(run.exitCode, 1);
     QCOMPARE(run.out.count('\n'), 3);
     QCOMPARE(run.err.count('\n'), 2);
@@ -252,7 +254,7 @@ void TestDecode::failures()
     const QString name = QFileInfo(file).fileName();
     for (const QStringList &options :
          {QStringList{}, QStringList{"--json"}, QStringList{"--hex"}}) {
-        const Run run = desk.run(QStringList{"decode"} + options + QStringList{name});
+        const Run run = desk.run(QStringList{"decode", "--strict"} + options + QStringList{name});
         QCOMPARE(run.exitCode, 1);
         QCOMPARE(run.errorLine(), "wmsg: " + name + ": " + line);
     }
@@ -328,10 +330,12 @@ void TestDecode::hexCoversEveryByte()
     const Desk desk;
     desk.bring(file);
     const QString name = QFileInfo(file).fileName();
-    const HexView view(desk.run({"decode", "--hex", "--full", name}).out);
-    QVERIFY(view.isWhole);
-    QCOMPARE(toHex(view.bytes), toHex(desk.read(name)));
-    QCOMPARE(view.folded, 0);
+    for (const char *option : {"--strict", "--full"}) {
+        const HexView view(desk.run({"decode", "--hex", "--full", option, name}).out);
+        QVERIFY(view.isWhole);
+        QCOMPARE(toHex(view.bytes), toHex(desk.read(name)));
+        QCOMPARE(view.folded, 0);
+    }
 }
 
 void TestDecode::hexFolds()
