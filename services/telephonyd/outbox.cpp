@@ -74,15 +74,19 @@ void Outbox::clientCame(const QByteArray &client)
     armClock();
 }
 
-bool Outbox::hasAny(const QByteArray &client) const
+size_t Outbox::countOf(const QByteArray &client) const
 {
-    const auto first = m_names.lower_bound({client, std::numeric_limits<qint32>::min()});
-    return first != m_names.end() && first->first.first == client;
+    size_t count = 0;
+    for (auto name = m_names.lower_bound({client, std::numeric_limits<qint32>::min()});
+         name != m_names.end() && name->first.first == client; ++name) {
+        ++count;
+    }
+    return count;
 }
 
 void Outbox::clientWent(const QByteArray &client)
 {
-    if (hasAny(client)) {
+    if (countOf(client) > 0) {
         m_gone.insert(client, QDeadlineTimer(kAbsence));
         armClock();
     }
@@ -120,7 +124,7 @@ void Outbox::take(const QByteArray &client, const telephony::Send &send)
     record.taken = currentTime();
     record.send = send;
     const RecordId id = m_spool.nextId();
-    const QString refusal = m_records.size() >= kMost
+    const QString refusal = m_records.size() >= kMost || countOf(client) >= kMostOfOne
         ? QStringLiteral("too many messages and results wait")
         : m_spool.write(Spool::Box::Out, id, record.toJson());
     if (!refusal.isEmpty()) {
@@ -256,7 +260,7 @@ void Outbox::forgetResults()
         erase(id);
     }
     for (auto gone = m_gone.begin(); gone != m_gone.end();) {
-        gone = hasAny(gone.key()) ? std::next(gone) : m_gone.erase(gone);
+        gone = countOf(gone.key()) > 0 ? std::next(gone) : m_gone.erase(gone);
     }
 }
 

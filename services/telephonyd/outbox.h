@@ -30,8 +30,10 @@ class Outbox : public QObject {
     Q_OBJECT
 
 public:
-    /// How many messages and results there may be; more are given up at once.
+    /// How many messages and results there may be, and how many of one client; more are given up
+    /// at once.
     static constexpr size_t kMost = 10000;
+    static constexpr size_t kMostOfOne = 2000;
     /// For how long a client may be gone before its results are forgotten.
     static constexpr std::chrono::hours kAbsence{24};
 
@@ -67,7 +69,7 @@ Q_SIGNALS:
 private:
     using Name = std::pair<QByteArray, qint32>;
 
-    [[nodiscard]] bool hasAny(const QByteArray &client) const;
+    [[nodiscard]] size_t countOf(const QByteArray &client) const;
     void end(RecordId id, qint32 status, qint32 networkReference);
     void sent(quint64 id, const SendOutcome &outcome);
     void sendNext();

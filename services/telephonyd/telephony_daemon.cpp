@@ -285,7 +285,10 @@ void TelephonyDaemon::tellResult(const QByteArray &client, const telephony::Resu
 /// A client that has come back repeats what it has no result of; it has just been told some.
 void TelephonyDaemon::tell(ClientSession &session, const telephony::Result &result)
 {
-    if (m_told[session.id()].insert(result.reference).second) {
+    std::set<qint32> &told = m_told[session.id()];
+    if (told.size() > Outbox::kMost) {
+        session.drop("it confirms no results");
+    } else if (told.insert(result.reference).second) {
         session.send(result);
     }
 }

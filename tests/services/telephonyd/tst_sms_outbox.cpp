@@ -324,6 +324,30 @@ private slots:
         QCOMPARE(life.told, QList<QByteArray>{"a 1 0 65537"});
     }
 
+    void oneClientDoesNotTakeAllTheRoom()
+    {
+        {
+            Life life(spool());
+        }
+        for (size_t i = 1; i <= Outbox::kMostOfOne; ++i) {
+            OutgoingRecord record;
+            record.client = "a";
+            record.send = textTo("1", int(i));
+            QJsonObject json = record.toJson();
+            json["version"] = 1;
+            QFile file(box() + QString("/%1.json").arg(i, 20, 10, QChar('0')));
+            QVERIFY(file.open(QIODevice::WriteOnly));
+            file.write(QJsonDocument(json).toJson());
+        }
+        Life life(spool());
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("too many messages"));
+        life.outbox.take("a", textTo("1", 100000));
+        QCOMPARE(life.told, QList<QByteArray>{"a 100000 0 65537"});
+        life.outbox.take("b", textTo("1", 1));
+        QCOMPARE(life.told.size(), 1);
+        QCOMPARE(filesIn(box()).size(), qsizetype(Outbox::kMostOfOne) + 1);
+    }
+
     void stoppingWaitsForWhatTheModemHas()
     {
         Life life(spool());

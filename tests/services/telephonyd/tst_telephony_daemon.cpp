@@ -407,6 +407,26 @@ private slots:
         QVERIFY(isDropped);
     }
 
+    void aClientThatConfirmsNothingIsDropped()
+    {
+        QLoggingCategory::setFilterRules("wmsg.*=false");
+        ClientPeer client(path());
+        client.greet('a');
+        QCOMPARE(client.next(), QString("welcome 0 "));
+        QByteArray sends;
+        for (int i = 1; i <= int(Outbox::kMost) + 2; ++i) {
+            Send send;
+            send.reference = i;
+            sends += toFrame(send); // to nobody
+        }
+        bool isDropped = !client.peer().sendBytes(sends);
+        while (!isDropped) {
+            const QString line = client.next();
+            QVERIFY(line == "end" || line.endsWith(" 0 65536"));
+            isDropped = line == "end";
+        }
+    }
+
     void whoDoesNotGreetIsDropped()
     {
         ClientPeer client(path());
