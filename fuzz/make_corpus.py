@@ -596,6 +596,45 @@ TPDUS = {
 }
 
 
+# What clients say to the telephony daemon.
+HELLO = TELEPHONY_RECORDS["hello"]
+TELEPHONY_TALKS = {
+    "ports": HELLO + TELEPHONY_RECORDS["register"] * 2 + TELEPHONY_RECORDS["deregister"] * 2,
+    "send": HELLO + TELEPHONY_RECORDS["send-text"] + TELEPHONY_RECORDS["send-data"] + TELEPHONY_RECORDS["send-text"],
+    "send-to-own-port": HELLO + TELEPHONY_RECORDS["register"] + TELEPHONY_RECORDS["send-data"],
+    "refused": HELLO + telephony(2, struct.pack("<iBBHH", 4, 2, 0, 0, 0) + pascal("x") + pascal("") + sized(b"")),
+    "too-long": HELLO + telephony(2, struct.pack("<iBBHH", 5, 2, 0, 0, 0) + SEND_TO + sized(bytes(141))),
+    "confirmed": HELLO + TELEPHONY_RECORDS["send-text"] + telephony(7, struct.pack("<i", 1)),
+    "centre": HELLO + TELEPHONY_RECORDS["service-centre"],
+    "second-greeting": HELLO + HELLO,
+    "other-version": TELEPHONY_RECORDS["hello-version-2"],
+    "no-greeting": TELEPHONY_RECORDS["send-text"],
+    "half-a-unit": HELLO + TELEPHONY_RECORDS["send-half-unit"],
+    "unknown-and-cut": HELLO + TELEPHONY_RECORDS["unknown-type"] + TELEPHONY_RECORDS["send-text"][:-1],
+    "impossible-length": HELLO + TELEPHONY_RECORDS["length-above-limit"],
+}
+
+
+def sms_part(header, time=1, sender=1, body=b"x"):
+    return bytes([len(header)]) + header + bytes([time, sender]) + body
+
+
+def part(reference, total, number):
+    return sms_part(bytes([5, 0, 3, reference, total, number]))
+
+
+CONCATENATIONS = {
+    "in-order": part(7, 3, 1) + part(7, 3, 2) + part(7, 3, 3),
+    "out-of-order": part(7, 3, 3) + part(7, 3, 1) + part(7, 3, 2),
+    "two-messages": part(7, 2, 1) + part(8, 2, 2) + part(8, 2, 1) + part(7, 2, 2),
+    "reference-again": part(7, 2, 1) + sms_part(b"\5\0\3\7\2\1", 30) + sms_part(b"\5\0\3\7\2\2", 31) + part(7, 2, 2),
+    "wide-reference": sms_part(b"\6\x08\4\x12\x34\2\1") + sms_part(b"\6\x08\4\x12\x34\2\2"),
+    "ports": sms_part(b"\x0b\0\3\7\2\1\5\4\x0b\x84\x23\xf0") + sms_part(b"\x0b\0\3\7\2\2\5\4\x0b\x84\x23\xf0"),
+    "impossible-parts": part(7, 0, 0) + part(7, 2, 3) + part(7, 1, 1) + part(7, 255, 255),
+    "broken-header": sms_part(b"\5\0\4\7\2\1") + sms_part(b"\xff"),
+}
+
+
 def write(fuzzer, inputs):
     folder = CORPUS / fuzzer
     folder.mkdir(parents=True, exist_ok=True)
@@ -613,6 +652,8 @@ if __name__ == "__main__":
     write("notification", NOTIFICATIONS)
     write("proxy_commands", PROXY_COMMANDS)
     write("telephony_records", TELEPHONY_RECORDS)
+    write("telephony_daemon", TELEPHONY_TALKS)
+    write("concatenation", CONCATENATIONS)
     write("intake", MESSAGES)
     write("tpdu", TPDUS)
     write("drm_message", DRM_MESSAGES)
