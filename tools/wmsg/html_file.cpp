@@ -17,7 +17,7 @@ namespace wmsg::cli {
 
 namespace {
 
-constexpr qsizetype kMostWaiting = 64 * 1024;
+constexpr qsizetype kMostWaiting = qsizetype(64) * 1024;
 
 QString exists()
 {

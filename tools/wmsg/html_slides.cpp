@@ -76,12 +76,14 @@ std::optional<int> HtmlSlides::placeOf(const SmilMedium &medium) const
 
 void HtmlSlides::writeScreen(HtmlWriter &page, int number)
 {
-    if (!m_layout.isThere()) {
+    const QList<SmilMedium> &media = m_smil.slides[number].media;
+    const auto end = media.begin() + std::min(media.size(), kMostMedia);
+    if (std::none_of(media.begin(), end,
+                     [this](const SmilMedium &medium) { return placeOf(medium).has_value(); })) {
         return;
     }
     page.markup("<div class=\"screen laid\">\n"_L1);
-    const QList<SmilMedium> &media = m_smil.slides[number].media;
-    for (qsizetype n = 0; n < std::min(media.size(), kMostMedia); ++n) {
+    for (qsizetype n = 0; n < end - media.begin(); ++n) {
         if (const auto region = placeOf(media[n])) {
             writeOne(page, number, n, region);
         }

@@ -73,7 +73,7 @@ audio{display:block;width:100%}
 .list{list-style:none;margin:.5rem .25rem 0;padding:0;font-size:.85rem}
 .thing{background:var(--card);border:1px solid var(--edge);border-radius:1rem;padding:.9rem;display:grid;gap:.6rem;
 min-width:0}
-.thing>.text,.source{max-height:28rem;overflow:auto}
+.thing>.text,.medium>.text,.source{max-height:28rem;overflow:auto}
 .things.talk{grid-template-columns:minmax(0,34rem);justify-content:center}
 .caption{font-size:.85rem}
 .source{font:.85rem/1.45 ui-monospace,"DejaVu Sans Mono",monospace;white-space:pre-wrap}

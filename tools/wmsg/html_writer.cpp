@@ -14,7 +14,7 @@ namespace wmsg::cli {
 namespace {
 
 // A multiple of 3, so that the pieces join to the base64 of the whole.
-constexpr qsizetype kPiece = 48 * 1024;
+constexpr qsizetype kPiece = qsizetype(48) * 1024;
 
 // The size of the next piece of a text: the bytes of a character and the two characters that end a
 // line stay together.
