@@ -5,7 +5,6 @@
 
 #include "services/common/record_fields.h"
 
-
 #include <QtCore/QJsonArray>
 
 using namespace Qt::StringLiterals;

@@ -5,7 +5,6 @@
 
 #include "services/common/record_fields.h"
 
-
 using namespace Qt::StringLiterals;
 using wmsg::service::RecordFields;
 
