@@ -7,8 +7,6 @@
 #include "tools/wmsg/message_view.h"
 #include "tools/wmsg/text_view.h"
 
-#include <mms/model/result_codes.h>
-
 #include <algorithm>
 
 using namespace Qt::StringLiterals;
@@ -144,43 +142,15 @@ void HtmlCard::writeChips(qsizetype parts, qsizetype slides)
     m_page.markup("</ul>\n"_L1);
 }
 
-void HtmlCard::writeFailure()
-{
-    if (m_file.result != MMS_DECODE_OK) {
-        m_page.markup("<p class=\"card bad\">"_L1).name(failureInWords(m_file));
-        m_page.markup("</p>\n"_L1);
-    }
-}
-
-void HtmlCard::writeWarnings()
-{
-    const QList<Finding> &warnings = m_file.walk.warnings();
-    const qint64 number = warnings.size() + m_file.walk.untoldWarnings();
-    if (number == 0) {
-        return;
-    }
-    constexpr qint64 kFew = 3;
-    m_page.markup(number <= kFew ? "<details class=\"card warn\" open>"_L1
-                                 : "<details class=\"card warn\">"_L1);
-    m_page.markup("<summary>"_L1)
-        .line(counted(number, "warning"_L1))
-        .markup("</summary>\n<ul>\n"_L1);
-    for (const Finding &warning : warnings) {
-        m_page.markup("<li>"_L1).name(warning.message).markup(" <span class=\"quiet\">"_L1);
-        m_page.line(warning.field).markup(", offset "_L1).number(warning.offset);
-        m_page.markup("</span></li>\n"_L1);
-    }
-    m_page.markup("</ul>\n"_L1);
-    if (m_file.walk.untoldWarnings() > 0) {
-        m_page.markup("<p>and "_L1).number(m_file.walk.untoldWarnings()).markup(" more</p>\n"_L1);
-    }
-    m_page.markup("</details>\n"_L1);
-}
-
 void HtmlCard::writeFields()
 {
-    const QList<FieldView> fields =
+    QList<FieldView> fields =
         headerFields(m_file.message, m_file.walk.failedField(), Detail::Short);
+    if (m_file.intake) {
+        for (const OtherField &other : m_file.intake->otherFields) {
+            fields.append({other.name, {other.value}});
+        }
+    }
     if (fields.isEmpty()) {
         return;
     }

@@ -9,7 +9,7 @@
 namespace wmsg::cli {
 
 /// Writes what a page tells about a message beside its content: who sent it to whom and what kind
-/// it is, why it could not be decoded, what is odd, and its header fields.
+/// it is, and its header fields.
 class HtmlCard {
 public:
     HtmlCard(HtmlWriter &page, const DecodedFile &file)
@@ -20,8 +20,6 @@ public:
     /// The subject, or the name of the file.
     [[nodiscard]] QString title() const;
     void writeHeader(qsizetype parts, qsizetype slides);
-    void writeFailure();
-    void writeWarnings();
     void writeFields();
 
 private:

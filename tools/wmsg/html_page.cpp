@@ -6,6 +6,7 @@
 #include "tools/wmsg/html_card.h"
 #include "tools/wmsg/html_content.h"
 #include "tools/wmsg/html_layout.h"
+#include "tools/wmsg/html_notes.h"
 #include "tools/wmsg/html_slides.h"
 #include "tools/wmsg/html_style.h"
 #include "tools/wmsg/text_view.h"
@@ -31,7 +32,7 @@ Smil smilOf(const HtmlContent &content, std::optional<int> presentation)
 class Page {
 public:
     Page(HtmlWriter &page, const DecodedFile &file)
-        : m_page(page), m_card(page, file), m_content(file.message),
+        : m_page(page), m_file(file), m_card(page, file), m_content(file.message),
           m_presentation(m_content.presentation(file.message.header().contentType)),
           m_smil(smilOf(m_content, m_presentation)), m_layout(m_smil)
     {
@@ -49,6 +50,7 @@ private:
     void writeSource();
 
     HtmlWriter &m_page;
+    const DecodedFile &m_file;
     HtmlCard m_card;
     HtmlContent m_content;
     std::optional<int> m_presentation;
@@ -61,8 +63,7 @@ void Page::write()
     writeHead();
     m_page.markup("<body>\n<main>\n"_L1);
     m_card.writeHeader(m_content.size(), m_smil.slides.size());
-    m_card.writeFailure();
-    m_card.writeWarnings();
+    HtmlNotes(m_page, m_file).write();
     if (m_smil.slides.isEmpty()) {
         writeThings("things talk"_L1);
     } else {

@@ -70,7 +70,7 @@ void TestHtmlFile::ofAFailure()
 {
     const Desk desk;
     desk.bring("pdu/cut-in-picture");
-    const Run run = desk.run({"decode", "cut-in-picture", "--html", "page.html"});
+    const Run run = desk.run({"decode", "--strict", "cut-in-picture", "--html", "page.html"});
     QCOMPARE(run.exitCode, 1);
     QVERIFY(desk.read("page.html").contains("class=\"card bad\"><bdi>cut-in-picture: result 111 "));
 }

@@ -15,12 +15,8 @@ using namespace wmsg::cli;
 
 namespace {
 
-QByteArray pageOf(const QByteArray &pdu)
+QByteArray pageOf(const DecodedFile &file)
 {
-    DecodedFile file;
-    file.name = "folder/message.pdu";
-    file.bytes = bytesOf(pdu);
-    decode(file);
     QByteArray page;
     HtmlWriter writer([&page](QByteArrayView piece) {
         page.append(piece.data(), piece.size());
@@ -28,6 +24,15 @@ QByteArray pageOf(const QByteArray &pdu)
     });
     writeHtmlPage(writer, file);
     return page;
+}
+
+QByteArray pageOf(const QByteArray &pdu)
+{
+    DecodedFile file;
+    file.name = "folder/message.pdu";
+    file.bytes = bytesOf(pdu);
+    decode(file);
+    return pageOf(file);
 }
 
 QByteArray pageOf(const Letter &letter)
@@ -123,6 +128,7 @@ private slots:
     void onNoSlide();
     void header();
     void failure();
+    void takenIn();
     void notification();
     void attacks_data();
     void attacks();
@@ -460,6 +466,30 @@ void TestHtmlPage::failure()
     for (qsizetype size = 1; size < whole.size(); ++size) {
         QCOMPARE(foreignMarkup(pageOf(whole.left(size))), QString());
     }
+}
+
+// What the codec alone does not read is shown as intake reads it, and what was done is told.
+void TestHtmlPage::takenIn()
+{
+    DecodedFile file;
+    file.name = "message.pdu";
+    QByteArray pdu = pduOf({{partOf("text/plain", "gr\xFC\xDF dich", QString(), "t.txt")}});
+    pdu.insert(2, QByteArray("X-<b>\0<i>\0", 10) + "\x9B\x80");
+    file.bytes = bytesOf(pdu);
+    explain(file);
+    QVERIFY(file.result == 100 && file.intake->codecResult != 100);
+    const QByteArray page = pageOf(file);
+    QCOMPARE(foreignMarkup(page), QString());
+    QVERIFY(page.contains(">gr\u00FC\u00DF dich</p>"));
+    QVERIFY(!page.contains("card bad"));
+    const QByteArray notes = between(page, "<details class=\"card warn\">", "</details>");
+    QVERIFY2(notes.contains("repairs</summary>")
+                 && notes.contains("<bdi>the codec alone: result 104 ("),
+             page.constData());
+    QVERIFY(page.contains("<tr><td>Read-Status</td><td><bdi>"));
+    file.bytes = bytesOf(pdu.chopped(4));
+    explain(file);
+    QVERIFY(pageOf(file).contains(" lost</summary>"));
 }
 
 void TestHtmlPage::notification()
