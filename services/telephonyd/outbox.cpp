@@ -42,8 +42,10 @@ telephony::Result resultOf(qint32 reference, qint32 status, qint32 networkRefere
 
 } // namespace
 
-Outbox::Outbox(Spool &spool, Modem &modem, std::chrono::milliseconds giveUp, QObject *parent)
-    : QObject(parent), m_spool(spool), m_modem(modem), m_giveUp(giveUp), m_pause(kFirstPause)
+Outbox::Outbox(Spool &spool, Modem &modem, std::chrono::milliseconds giveUp,
+               std::chrono::milliseconds absence, QObject *parent)
+    : QObject(parent), m_spool(spool), m_modem(modem), m_giveUp(giveUp), m_absence(absence),
+      m_pause(kFirstPause)
 {
     m_retry.setSingleShot(true);
     m_clock.setSingleShot(true);
@@ -63,7 +65,7 @@ void Outbox::restore()
             continue;
         }
         put(stored.id, *record, QDeadlineTimer(timeLeft(record->taken, m_giveUp)));
-        m_gone.insert(record->client, QDeadlineTimer(kAbsence));
+        m_gone.insert(record->client, QDeadlineTimer(m_absence));
     }
     armClock();
 }
@@ -87,7 +89,7 @@ size_t Outbox::countOf(const QByteArray &client) const
 void Outbox::clientWent(const QByteArray &client)
 {
     if (countOf(client) > 0) {
-        m_gone.insert(client, QDeadlineTimer(kAbsence));
+        m_gone.insert(client, QDeadlineTimer(m_absence));
         armClock();
     }
 }

@@ -37,7 +37,8 @@ public:
     /// For how long a client may be gone before its results are forgotten.
     static constexpr std::chrono::hours kAbsence{24};
 
-    Outbox(Spool &spool, Modem &modem, std::chrono::milliseconds giveUp, QObject *parent = nullptr);
+    Outbox(Spool &spool, Modem &modem, std::chrono::milliseconds giveUp,
+           std::chrono::milliseconds absence = kAbsence, QObject *parent = nullptr);
 
     /// restore reads the spool, once, after it was opened.
     void restore();
@@ -82,6 +83,7 @@ private:
     Spool &m_spool;
     Modem &m_modem;
     const std::chrono::milliseconds m_giveUp;
+    const std::chrono::milliseconds m_absence;
     std::map<RecordId, OutgoingRecord> m_records;
     std::map<Name, RecordId> m_names;
     std::map<RecordId, QDeadlineTimer> m_unsent; ///< and when they are given up

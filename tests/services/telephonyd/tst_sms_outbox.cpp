@@ -27,8 +27,9 @@ Send textTo(const QByteArray &destination, int reference, const QString &text = 
 
 /// One life of an outbox over a spool that outlives it.
 struct Life {
-    explicit Life(const QString &folder, std::chrono::milliseconds giveUp = 24h)
-        : spool(folder), outbox(spool, modem, giveUp)
+    explicit Life(const QString &folder, std::chrono::milliseconds giveUp = 24h,
+                  std::chrono::milliseconds absence = 24h)
+        : spool(folder), outbox(spool, modem, giveUp, absence)
     {
         problem = spool.open();
         QObject::connect(&outbox, &Outbox::finished, &outbox,
@@ -191,6 +192,32 @@ private slots:
         QCOMPARE(filesIn(box()).size(), 1);
         life.outbox.resultTaken("a", 1);
         QCOMPARE(filesIn(box()), QStringList());
+    }
+
+    void resultsOfWhoIsGoneForLongAreForgotten()
+    {
+        {
+            Life life(spool(), 24h, 20ms);
+            life.outbox.setReady(true);
+            for (const char *client : {"here", "gone"}) {
+                life.outbox.clientCame(client);
+                life.outbox.take(client, textTo("1", 1));
+                life.modem.isSent(1);
+            }
+            life.outbox.take("gone", textTo("1", 2));
+            life.outbox.clientWent("gone");
+            QTRY_COMPARE(filesIn(box()).size(), 2); // what is not sent yet is no result
+            QCOMPARE(life.outbox.results("here").size(), 1);
+            QCOMPARE(life.outbox.results("gone").size(), 0);
+            life.outbox.clientWent("here");
+            life.outbox.clientCame("here");
+            life.modem.isSent(2);
+            QTRY_COMPARE(filesIn(box()).size(), 1);
+            QCOMPARE(life.outbox.results("here").size(), 1);
+        }
+        // After a new start nobody is there.
+        Life life(spool(), 24h, 20ms);
+        QTRY_COMPARE(filesIn(box()).size(), 0);
     }
 
     void aRepetitionOfWhatIsUnderWayIsNotSentTwice()
