@@ -4,6 +4,7 @@
 #include "services/sms_pdu/tpdu.h"
 #include "tests/tools/wmsg/program.h"
 
+#include <QtCore/QDirIterator>
 #include <QtCore/QRegularExpression>
 #include <QtCore/QStandardPaths>
 
@@ -81,6 +82,7 @@ private slots:
     void kinds();
     void bytes();
     void colours();
+    void realMessages();
 };
 
 void TestExplain::repaired()
@@ -402,6 +404,37 @@ void TestExplain::colours()
     QVERIFY(desk.shell("TERM=xterm " + script).out.contains("\x1B[1;36m8C"));
     QVERIFY(!desk.shell("NO_COLOR=1 TERM=xterm " + script).out.contains('\x1B'));
     QVERIFY(!desk.shell("TERM=dumb " + script).out.contains('\x1B'));
+}
+
+// Of a folder that is not part of the project: all that is there is shown, and no byte is unnamed.
+void TestExplain::realMessages()
+{
+    const QString chosen = qEnvironmentVariable("WMSG_CORPUS");
+    const QString folder = chosen.isEmpty() ? WMSG_TEST_DATA "/../../../shared/corpus" : chosen;
+    if (!QFileInfo(folder).isDir()) {
+        QSKIP("there is no folder of real messages: set WMSG_CORPUS");
+    }
+    const Desk desk;
+    QDirIterator files(folder, {"*.mms"}, QDir::Files, QDirIterator::Subdirectories);
+    QStringList arguments{"decode", "--json"};
+    while (files.hasNext()) {
+        arguments += files.next();
+        const Run bytes = desk.run({"decode", "--hex", arguments.last()});
+        QCOMPARE(bytes.exitCode, 0);
+        QVERIFY2(!bytes.out.contains("not read\n"), qPrintable(arguments.last()));
+    }
+    QVERIFY(arguments.size() > 2);
+    const Run run = desk.run(arguments);
+    QCOMPARE(run.err, QString());
+    QCOMPARE(run.exitCode, 0);
+    const QStringList lines = run.out.split('\n', Qt::SkipEmptyParts);
+    QCOMPARE(lines.size(), arguments.size() - 2);
+    for (const QString &line : lines) {
+        const QJsonObject message = QJsonDocument::fromJson(line.toUtf8()).object();
+        QVERIFY2(message["intake"]["lost"].toArray().isEmpty(), qPrintable(line.left(200)));
+        QCOMPARE(message["headers"]["type"].toString() == "notification-ind",
+                 message["parts"].toArray().isEmpty());
+    }
 }
 
 QTEST_GUILESS_MAIN(TestExplain)
