@@ -4,6 +4,8 @@
 
 """Tests of the lint scripts: each is fed samples that it must refuse and samples that it must let pass."""
 
+import contextlib
+import io
 import pathlib
 import tempfile
 import unittest
@@ -18,6 +20,7 @@ import check_symbols
 import check_tidy
 import check_words
 import lint_files
+import tidy_batches
 
 
 class Layers(unittest.TestCase):
@@ -260,6 +263,94 @@ class Tools(unittest.TestCase):
         self.write("core/b.h", "int two;\n")
         self.assertNotEqual(first, check_tidy.fingerprint("core/a.cpp", "g++", "14", self.root))
         self.assertNotEqual(first, check_tidy.fingerprint("core/a.cpp", "g++", "15", self.root))
+
+
+    # What the analyser must say -> a source that makes it say so.
+    DEFECTS = {
+        "clang-analyzer-core.NullDereference": "int f(int *a)\n{\n    if (a) {\n        return 1;\n    }\n    return *a;\n}\n",
+        "clang-analyzer-cplusplus.NewDeleteLeaks": "int f()\n{\n    int *a = new int(1);\n    return *a;\n}\n",
+        "clang-analyzer-deadcode.DeadStores": "int g();\nvoid f()\n{\n    int a = 0;\n    a = g();\n}\n",
+        "readability-braces-around-statements": "int f(int a)\n{\n    if (a)\n        return 1;\n    return 2;\n}\n",
+        "readability-function-size": "int f(int a)\n{\n" + "    ++a;\n" * 61 + "    return a;\n}\n",
+        "bugprone-narrowing-conversions": "int f(double a)\n{\n    int b = 0;\n    b += a;\n    return b;\n}\n",
+        "bugprone-branch-clone": "int f(int a)\n{\n    if (a) {\n        return 1;\n    } else {\n        return 1;\n    }\n}\n",
+        "bugprone-integer-division": "double f(int a)\n{\n    return a / 2;\n}\n",
+        "bugprone-suspicious-semicolon": "void g();\nvoid f(int a)\n{\n    if (a);\n    g();\n}\n",
+        "bugprone-infinite-loop": "void f(int a)\n{\n    int i = 0;\n    while (i < a) {\n    }\n}\n",
+        "bugprone-reserved-identifier": "int _F();\n",
+        "bugprone-exception-escape": "void f() noexcept\n{\n    throw 1;\n}\n",
+        "bugprone-forward-declaration-namespace": "namespace a {\nclass C;\n}\nnamespace b {\nclass C {};\n}\n",
+        "google-explicit-constructor": "struct S {\n    S(int a);\n};\n",
+        "modernize-use-override":
+            "struct B {\n    virtual void f();\n};\nstruct D : B {\n    virtual void f();\n};\n",
+        "performance-unnecessary-value-param":
+            "struct S {\n    S(const S &);\n    int a;\n};\nint f(S s)\n{\n    return s.a;\n}\n",
+    }
+
+    def read_as_one(self, *paths):
+        """The analyser's words on each of the sources, which make up one batch."""
+        rows = {path: {"directory": str(self.root), "file": str(self.root / path),
+                       "command": f"g++ -std=c++17 -o x.o -c {self.root / path}"} for path in paths}
+        self.assertEqual(len(check_tidy.write_batches(rows, self.root, self.root)), 1)
+        with contextlib.redirect_stdout(io.StringIO()):
+            return check_tidy.analyse_all(check_tidy.analyser(), rows, self.root, self.root)
+
+    def test_sources_read_as_one_hide_no_defect(self):
+        self.write("core/good.cpp", "int good(int a)\n{\n    return a;\n}\n")
+        for number, (name, text) in enumerate(self.DEFECTS.items()):
+            self.write(f"core/bad_{number}.cpp", text)
+            fine, said = self.read_as_one("core/good.cpp", f"core/bad_{number}.cpp")
+            self.assertEqual(fine, "", name)
+            self.assertIn(f"bad_{number}.cpp:", said)
+            self.assertIn(name, said)
+
+    def test_what_a_source_checks_of_its_argument_is_seen_beside_its_callers(self):
+        self.write("core/a.cpp", "int f(int *a)\n{\n    if (a) {\n        return 1;\n    }\n    return *a;\n}\n")
+        self.write("core/b.cpp", "int f(int *a);\nint g()\n{\n    int a = 1;\n    return f(&a);\n}\n")
+        said, fine = self.read_as_one("core/a.cpp", "core/b.cpp")
+        self.assertIn("core.NullDereference", said)
+        self.assertEqual(fine, "")
+
+    def test_every_check_is_asked_once(self):
+        together, alone = (set(option.partition("=")[2].split(",")[1:])
+                           for option in check_tidy.split_checks(check_tidy.analyser()))
+        self.assertFalse(together & alone)
+        self.assertIn("bugprone-narrowing-conversions", together)
+        self.assertIn("bugprone-exception-escape", alone)
+        self.assertIn("clang-analyzer-core.NullDereference", alone)
+
+
+class Batches(unittest.TestCase):
+    def are_together(self, one, other):
+        return tidy_batches.batches({"a.cpp": one, "b.cpp": other}) == [["a.cpp", "b.cpp"]]
+
+    def test_sources_without_common_words_are_read_as_one(self):
+        self.assertTrue(self.are_together("int A::f()\n{\n    return 1;\n}\n", "int B::f()\n{\n    return 1;\n}\n"))
+        self.assertTrue(self.are_together("namespace {\nint own(int x)\n{\n}\n} // namespace\n", "// own\nint other = at.own;\n"))
+
+    def test_a_name_of_its_own_keeps_a_source_from_those_that_say_it(self):
+        for declaration in ["int own(int x)", "struct own {", "enum class own { A };", "using own = int;",
+                            "constexpr std::array<int, 2> own = {1, 2};", "Type own[] = {", "const char *own =",
+                            'Q_LOGGING_CATEGORY(own, "a", QtInfoMsg)', "template <typename T> T own(T x)"]:
+            text = f"namespace {{\n{declaration}\n}} // namespace\n"
+            self.assertFalse(self.are_together(text, "int other = own;\n"), declaration)
+            self.assertFalse(self.are_together("int other = own;\n", text), declaration)
+        self.assertFalse(self.are_together("static int own(int x)\n{\n}\n", "int other = own(1);\n"))
+
+    def test_macros_and_other_namespaces_keep_a_source_alone(self):
+        self.assertFalse(self.are_together("#define A 1\n", "int b;\n"))
+        self.assertFalse(self.are_together("using namespace wmsg::a;\n", "int b;\n"))
+        self.assertTrue(self.are_together("using namespace Qt::StringLiterals;\n", "int b;\n"))
+
+    def test_a_batch_has_an_end(self):
+        sources = {f"{number}.cpp": "" for number in range(tidy_batches.LARGEST + 2)}
+        self.assertEqual([len(batch) for batch in tidy_batches.batches(sources)], [tidy_batches.LARGEST, 2])
+
+    def test_headers_come_before_every_name(self):
+        sources = {"a.cpp": '#include "a.h"\n#include <b>\nint a;\n', "b.cpp": "#include <b>\n#include <c>\n"}
+        text = tidy_batches.joined(list(sources), sources, pathlib.Path("/r"))
+        self.assertEqual([line.split()[1] for line in text.splitlines()],
+                         ['"a.h"', "<b>", "<c>", '"/r/a.cpp"', '"/r/b.cpp"'])
 
 
 class Files(unittest.TestCase):
