@@ -31,9 +31,21 @@ void logProblem(const QString &problem)
 bool areNear(qint64 one, qint64 other, qint64 distance)
 {
     qint64 difference = 0;
-    return one == 0 || other == 0
-        || (!qSubOverflow(std::max(one, other), std::min(one, other), &difference)
-            && difference <= distance);
+    return !qSubOverflow(std::max(one, other), std::min(one, other), &difference)
+        && difference <= distance;
+}
+
+/// Whether a part is a repetition of a known one with the same digest. Where one of them has no
+/// time, it must have been kept not long ago.
+bool isRepetition(const Segment &known, qint64 kept, const Segment &part)
+{
+    constexpr qint64 kMilliseconds = 1000;
+    if (!known.place.isEmpty() && known.place == part.place && known.time == part.time) {
+        return true;
+    }
+    return known.time != 0 && part.time != 0
+        ? areNear(known.time, part.time, Inbox::kRepetition)
+        : areNear(kept, currentTime(), Inbox::kRepetition * kMilliseconds);
 }
 
 } // namespace
@@ -121,14 +133,16 @@ void Inbox::leavePlace(const IncomingRecord &record)
 bool Inbox::isKnown(const IncomingRecord &record) const
 {
     const Segment &segment = record.segments.first();
-    const auto isSame = [&](const Segment &other) {
+    const auto isSame = [&](const Segment &other, qint64 kept) {
         return other.digest == segment.digest
-            && (record.isPart() ? areNear(other.time, segment.time, kRepetition)
+            && (record.isPart() ? isRepetition(other, kept, segment)
                                 : !other.place.isEmpty() && other.place == segment.place
                         && other.time == segment.time);
     };
     return std::any_of(m_records.begin(), m_records.end(), [&isSame](const auto &known) {
-        return std::any_of(known.second.segments.begin(), known.second.segments.end(), isSame);
+        const auto &segments = known.second.segments;
+        return std::any_of(segments.begin(), segments.end(),
+                           [&](const Segment &other) { return isSame(other, known.second.kept); });
     });
 }
 

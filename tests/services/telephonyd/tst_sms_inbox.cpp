@@ -209,6 +209,37 @@ private slots:
         QCOMPARE(life.texts(), QStringList());
     }
 
+    /// Of messages without a time stamp nobody knows how old they are.
+    void aPartWithoutATimeIsKnownForAWhile_data()
+    {
+        QTest::addColumn<qint64>("age");
+        QTest::addColumn<bool>("isKnown");
+        QTest::newRow("of now") << qint64(0) << true;
+        QTest::newRow("of 50 minutes ago") << qint64(50 * 60) << true;
+        QTest::newRow("of two hours ago") << qint64(2 * 3600) << false;
+    }
+    void aPartWithoutATimeIsKnownForAWhile()
+    {
+        QFETCH(qint64, age);
+        QFETCH(bool, isKnown);
+        {
+            Life life(spool());
+        }
+        auto part = partOf(7, 2, 1, "a");
+        part.time = 0;
+        QJsonObject over = incomingRecord(part).toJson();
+        over["version"] = 1;
+        over["kind"] = "over";
+        over["kept"] = currentTime() - age * 1000;
+        QFile file(box() + "/00000000000000000001.json");
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(QJsonDocument(over).toJson());
+        file.close();
+        Life life(spool());
+        life.inbox.arrived(part);
+        QCOMPARE(filesIn(box()).size(), isKnown ? 1 : 2);
+    }
+
     /// Killed between the message and the removal of its parts.
     void partsThatAreInAMessageAreNoParts()
     {
