@@ -4,6 +4,7 @@
 #include "tools/wmsg/box.h"
 #include "tools/wmsg/compose.h"
 #include "tools/wmsg/decode.h"
+#include "tools/wmsg/doctor.h"
 #include "tools/wmsg/drm.h"
 #include "tools/wmsg/push.h"
 #include "tools/wmsg/receive.h"
@@ -46,6 +47,7 @@ int run(int argc, char **argv)
     wmsg::cli::addStore(program, exitCode);
     wmsg::cli::addPush(program, exitCode);
     wmsg::cli::addBox(program, exitCode);
+    wmsg::cli::addDoctor(program, exitCode);
     try {
         program.parse(argc, argv);
     } catch (const CLI::Success &wish) {

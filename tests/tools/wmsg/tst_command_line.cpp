@@ -168,7 +168,7 @@ void TestCommandLine::manualNamesEveryOption()
 {
     const QRegularExpression option("(?<![\\w-])--[a-z][a-z-]+");
     for (const char *command : {"decode", "compose", "send", "receive", "settings", "push", "box",
-                                "sms send", "sms receive"}) {
+                                "doctor", "sms send", "sms receive"}) {
         auto found =
             option.globalMatch(Desk().run(QString(command).split(' ') + QStringList("--help")).out);
         QVERIFY(found.hasNext());
