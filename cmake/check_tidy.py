@@ -116,15 +116,15 @@ def write_batches(rows, folder, root=lint_files.ROOT):
 
 
 def analyse_all(program, rows, folder, root=lint_files.ROOT):
-    """The analyser's words on each of the sources, in their order."""
+    """Yields the analyser's words on each of the sources, in their order."""
     together, alone = split_checks(program)
     with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as workers:
         found = write_batches(rows, folder, root)
         words = workers.map(lambda batch: analyse(program, batch, folder, together), found)
         clean = {path for paths, said in zip(found.values(), words) if not said for path in paths}
         print(f"{len(clean)} of them clean in {len(found)} batch(es), for most checks", flush=True)
-        return list(workers.map(
-            lambda path: analyse(program, root / path, folder, alone if path in clean else None), rows))
+        yield from workers.map(
+            lambda path: analyse(program, root / path, folder, alone if path in clean else None), rows)
 
 
 def check(build, wanted):
@@ -136,11 +136,13 @@ def check(build, wanted):
     notes = {path: folder / fingerprint(path, row["command"], version) for path, row in rows.items()}
     pending = {path: row for path, row in rows.items() if not notes[path].exists()}
     print(f"{len(rows)} source(s), {len(pending)} of them new or changed", flush=True)
-    words = dict(zip(pending, analyse_all(program, pending, folder)))
-    for path in pending:
-        if not words[path]:
+    problems = []
+    for path, words in zip(pending, analyse_all(program, pending, folder)):
+        if words:
+            problems.append(words)
+        else:
             notes[path].touch()
-    return [said for said in words.values() if said], len(rows)
+    return problems, len(rows)
 
 
 if __name__ == "__main__":

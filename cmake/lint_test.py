@@ -293,7 +293,7 @@ class Tools(unittest.TestCase):
                        "command": f"g++ -std=c++17 -o x.o -c {self.root / path}"} for path in paths}
         self.assertEqual(len(check_tidy.write_batches(rows, self.root, self.root)), 1)
         with contextlib.redirect_stdout(io.StringIO()):
-            return check_tidy.analyse_all(check_tidy.analyser(), rows, self.root, self.root)
+            return list(check_tidy.analyse_all(check_tidy.analyser(), rows, self.root, self.root))
 
     def test_sources_read_as_one_hide_no_defect(self):
         self.write("core/good.cpp", "int good(int a)\n{\n    return a;\n}\n")
