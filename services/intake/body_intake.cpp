@@ -324,7 +324,18 @@ bool beginsMultipart(QByteArrayView body)
         return false;
     }
     const auto extent = readExtent(stream);
-    return extent && readPartHeader(extent->header).hasType;
+    if (!extent || extent->header.isEmpty()) {
+        return false;
+    }
+    // Most types are a number, bare or behind a length.
+    constexpr quint8 kFirstNumber = 0x80;
+    constexpr quint8 kLengthQuote = 31;
+    const auto first = static_cast<quint8>(extent->header.front());
+    const auto second =
+        static_cast<quint8>(extent->header.size() > 1 ? extent->header[1] : char(0));
+    const bool isNumber =
+        first > kFirstNumber || (first > 0 && first < kLengthQuote && second > kFirstNumber);
+    return isNumber || readPartHeader(extent->header).hasType;
 }
 
 bool isWholeMultipart(QByteArrayView body)

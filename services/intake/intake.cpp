@@ -62,6 +62,11 @@ bool takeInMultipartBody(QByteArrayView bytes, const Header &header, Body &body,
         journal.step(header.contentTypeField.data(), u"the content type was written anew"_s);
         const MediaType &type = header.contentType;
         body.contentType = type.isMultipart() ? writtenHeaderType(type) : mixedType(type);
+        // What follows no part at all could be taken for the body of another content type.
+        if (body.isUnchanged && bytes.front() == 0) {
+            body.content = Pieces();
+            body.content.add(QByteArray(1, 0));
+        }
         body.isUnchanged = false;
     }
     return true;

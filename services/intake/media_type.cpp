@@ -79,6 +79,21 @@ bool isSame(const QByteArray &a, const char *b)
     return a.compare(b, Qt::CaseInsensitive) == 0;
 }
 
+// These are asked often, and copy nothing.
+
+bool beginsWith(const QByteArray &text, QByteArrayView begin)
+{
+    return text.size() >= begin.size()
+        && qstrnicmp(text.constData(), begin.data(), size_t(begin.size())) == 0;
+}
+
+bool endsWith(const QByteArray &text, QByteArrayView end)
+{
+    return text.size() >= end.size()
+        && qstrnicmp(text.constData() + text.size() - end.size(), end.data(), size_t(end.size()))
+        == 0;
+}
+
 /// Reads the parameters of a content type into it.
 class ParameterReader {
 public:
@@ -412,24 +427,22 @@ QByteArray shortNumber(int number)
 
 bool MediaType::isText() const
 {
-    return media.toLower().startsWith("text/") || isXml();
+    return beginsWith(media, "text/") || isXml();
 }
 
 bool MediaType::isXml() const
 {
-    const QByteArray lower = media.toLower();
-    return lower == "application/smil" || lower.endsWith("/xml") || lower.endsWith("+xml");
+    return isSame(media, "application/smil") || endsWith(media, "/xml") || endsWith(media, "+xml");
 }
 
 bool MediaType::isMultipart() const
 {
-    const QByteArray lower = media.toLower();
-    return lower.startsWith("multipart/") || lower.startsWith("application/vnd.wap.multipart.");
+    return beginsWith(media, "multipart/") || beginsWith(media, "application/vnd.wap.multipart.");
 }
 
 bool MediaType::isRelated() const
 {
-    return isMultipart() && media.toLower().endsWith("related");
+    return isMultipart() && endsWith(media, "related");
 }
 
 bool MediaType::isSameNumber() const

@@ -109,6 +109,7 @@ private slots:
     void headerTypes();
     void singleBodies_data();
     void singleBodies();
+    void nothingBehindNoParts();
     void counts_data();
     void counts();
     void cutData();
@@ -287,6 +288,17 @@ void TestBodyIntake::singleBodies()
              toHex(retrievalHeader() + fromHex("84") + wantedType + wantedBody));
     QCOMPARE(result.isUnchanged, type == wantedType && data == wantedBody);
     decoded(result);
+}
+
+// With another content type in front a body without parts must not become another body.
+void TestBodyIntake::nothingBehindNoParts()
+{
+    const QByteArray type =
+        fromHex("84 1C B3 8A 22 3C 73 3E 22 00 32 89 22") + "application/smil\"";
+    const Taken result = taken(retrievalHeader() + type + fromHex("00 01 04 01 03 83 81 EA 61"));
+    QCOMPARE(toHex(result.pdu.joined()),
+             toHex(retrievalHeader() + fromHex("84 06 B3 8A 3C 73 3E 00 00")));
+    QVERIFY(taken(result.pdu.joined()).isUnchanged);
 }
 
 void TestBodyIntake::counts_data()
