@@ -29,7 +29,7 @@ void checkRemarks(const QList<Remark> &remarks, size_t size)
 
 QByteArray bare(QByteArray text)
 {
-    return text.replace('"', "").replace('<', "").replace('>', "");
+    return text.replace('"', "").replace('<', "").replace('>', "").trimmed();
 }
 
 /// What the codec reads of the headers of parts is what they say.
