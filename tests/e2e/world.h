@@ -131,17 +131,28 @@ private:
     Program m_program;
 };
 
+/// How the MMSC reaches the phone, where that is not the push socket.
+struct Network {
+    QString way; ///< Of short messages; empty: the push socket, and the daemon hears no others.
+    QString sender = "+15550100";
+    QString notifyAgain = "5"; ///< Seconds.
+};
+
 /// A network with an MMSC, a phone with a proxy daemon, and a folder for both.
 class World {
 public:
     /// `faults` are lines of the MMSC's plan.
-    explicit World(const QStringList &faults = {}, const QStringList &daemonOptions = {})
+    explicit World(const QStringList &faults = {}, const QStringList &daemonOptions = {},
+                   const Network &network = {})
         : m_daemonOptions(daemonOptions)
     {
         QVERIFY(m_folder.isValid());
-        QStringList arguments{"--default-push", path("push"), "--pdu-log",      path("pdus"),
-                              "--push-retry",   "0.2",        "--notify-again", "5",
-                              "--sender",       "+15550100"};
+        m_daemonOptions += {"--telephony", network.way.isEmpty() ? "no" : "yes"};
+        QStringList arguments{"--default-push", network.way.isEmpty() ? path("push") : network.way,
+                              "--pdu-log",      path("pdus"),
+                              "--push-retry",   "0.2",
+                              "--notify-again", network.notifyAgain,
+                              "--sender",       network.sender};
         for (const QString &fault : faults) {
             arguments += {"--fault", fault};
         }
@@ -162,7 +173,7 @@ public:
         m_daemon = std::make_unique<Program>();
         m_daemon->start(WMSG_MMSPROXYD,
                         QStringList{"--mmsc", m_url, "--spool", path("spool"), "--push-socket",
-                                    path("push"), "--retry", "1,1,1", "--telephony", "no"}
+                                    path("push"), "--retry", "1,1,1"}
                             + m_daemonOptions,
                         "listening on /tmp/mmsproxy", path("daemon.log"));
     }
