@@ -13,6 +13,10 @@ GammuModem::GammuModem(const GammuSettings &settings, QObject *parent)
     m_thread.setObjectName(QStringLiteral("gammu"));
     m_worker->moveToThread(&m_thread);
     connect(&m_thread, &QThread::finished, m_worker, &QObject::deleteLater);
+    connect(this, &GammuModem::startWanted, m_worker, &GammuWorker::start);
+    connect(this, &GammuModem::sendWanted, m_worker, &GammuWorker::send);
+    connect(this, &GammuModem::forgetWanted, m_worker, &GammuWorker::forget);
+    connect(this, &GammuModem::serviceCenterWanted, m_worker, &GammuWorker::setServiceCenter);
     connect(m_worker, &GammuWorker::stateChanged, this, &Modem::stateChanged);
     connect(m_worker, &GammuWorker::sent, this, &Modem::sent);
     connect(m_worker, &GammuWorker::arrived, this, &Modem::arrived);
@@ -30,28 +34,24 @@ GammuModem::~GammuModem()
 
 void GammuModem::start()
 {
-    QMetaObject::invokeMethod(m_worker, &GammuWorker::start, Qt::QueuedConnection);
+    Q_EMIT startWanted();
 }
 
 void GammuModem::send(const OutgoingSms &message)
 {
-    QMetaObject::invokeMethod(
-        m_worker, [worker = m_worker, message] { worker->send(message); }, Qt::QueuedConnection);
+    Q_EMIT sendWanted(message);
 }
 
 void GammuModem::forget(const QByteArray &place)
 {
     if (!place.isEmpty()) {
-        QMetaObject::invokeMethod(
-            m_worker, [worker = m_worker, place] { worker->forget(place); }, Qt::QueuedConnection);
+        Q_EMIT forgetWanted(place);
     }
 }
 
 void GammuModem::setServiceCenter(const QByteArray &number)
 {
-    QMetaObject::invokeMethod(
-        m_worker, [worker = m_worker, number] { worker->setServiceCenter(number); },
-        Qt::QueuedConnection);
+    Q_EMIT serviceCenterWanted(number);
 }
 
 std::unique_ptr<Modem> makeGammuModem(const GammuSettings &settings, QString &problem)

@@ -25,6 +25,12 @@ public:
     void forget(const QByteArray &place) override;
     void setServiceCenter(const QByteArray &number) override;
 
+Q_SIGNALS: // to the thread
+    void startWanted();
+    void sendWanted(const wmsg::telephonyd::OutgoingSms &message);
+    void forgetWanted(const QByteArray &place);
+    void serviceCenterWanted(const QByteArray &number);
+
 private:
     QThread m_thread;
     GammuWorker *m_worker; // belongs to the thread, and goes at its end

@@ -103,6 +103,8 @@ MessageCommands::MessageCommands(const Settings &settings, Network &network, QOb
                                                         MessageStore(settings.places)}
 {
     m_delay.setSingleShot(true);
+    m_room.setSingleShot(true);
+    connect(&m_room, &QTimer::timeout, this, &MessageCommands::fetch);
     connect(&m_delay, &QTimer::timeout, this, &MessageCommands::answer);
     connect(&network, &Network::messageWaiting, this, &MessageCommands::fetch);
 }
@@ -270,7 +272,7 @@ AtAnswer MessageCommands::indications(const AtCommand &command)
             Q_EMIT arrived(lines);
         }
         // What was waiting to be handed over comes when the command has its answer.
-        QTimer::singleShot(0, this, &MessageCommands::fetch);
+        m_room.start();
     }
     return AtAnswer();
 }
@@ -346,7 +348,7 @@ AtAnswer MessageCommands::remove(const AtCommand &command)
         // An empty place that exists can be emptied.
         messages.remove(place);
         const bool exists = place >= 1 && place <= messages.size();
-        QTimer::singleShot(0, this, &MessageCommands::fetch);
+        m_room.start();
         return exists ? AtAnswer() : AtAnswer::cms(kInvalidIndex);
     }
     // 1: those that were read; 2: those that were sent, too; 3: those unsent, too; 4: all.
@@ -356,7 +358,7 @@ AtAnswer MessageCommands::remove(const AtCommand &command)
             || (*flag >= 3 && at->state == StoredMessage::Unsent);
         at = goes ? messages.messages().erase(at) : std::next(at);
     }
-    QTimer::singleShot(0, this, &MessageCommands::fetch);
+    m_room.start();
     return AtAnswer();
 }
 

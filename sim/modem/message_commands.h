@@ -117,6 +117,7 @@ private:
     int m_state = -1; // to be stored with; -1 when it is to be sent
     bool m_isLocked = false;
     bool m_isReachable = true;
+    QTimer m_room; // there may be some for what waits, when the command has its answer
     QTimer m_delay;
     AtAnswer m_answer; // after the delay
     bool m_isAnswerLost = false;

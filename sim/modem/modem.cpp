@@ -45,7 +45,7 @@ AtAnswer Modem::obey(const AtCommand &command)
     if (MessageCommands::knows(command.name)) {
         return m_messages.obey(command);
     }
-    const AtAnswer answer = m_phone.obey(command);
+    AtAnswer answer = m_phone.obey(command);
     m_terminal.setEcho(m_phone.isEchoOn());
     m_terminal.setErrorCodes(m_phone.errorCodes() != 0);
     if (m_messages.isLocked() != m_phone.isLocked()) {
