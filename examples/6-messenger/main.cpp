@@ -5,8 +5,8 @@
 //
 //     6-messenger [--to NUMBER] [--text TEXT] [--picture FILE] [--grab FILE]
 //
-// With a text or a picture it sends a first message; with --grab it saves what the window shows once
-// an answer has arrived, and ends.
+// With a text or a picture it sends a first message; with --grab it saves what the window shows
+// once an answer has arrived, and ends.
 
 #include "messenger.h"
 
@@ -36,14 +36,17 @@ int main(int argc, char **argv)
     QQmlApplicationEngine engine;
     engine.setInitialProperties({{"messenger", QVariant::fromValue(&messenger)}});
     engine.load(QUrl("qrc:/Main.qml"));
-    auto *window = engine.rootObjects().isEmpty() ? nullptr : qobject_cast<QQuickWindow *>(engine.rootObjects().first());
+    auto *window = engine.rootObjects().isEmpty()
+        ? nullptr
+        : qobject_cast<QQuickWindow *>(engine.rootObjects().first());
     if (!window) {
         return 1;
     }
     messenger.setPerson(options.value("to"));
     if (options.isSet("text") || options.isSet("picture")) {
         const QString picture = options.value("picture");
-        messenger.send(options.value("text"), picture.isEmpty() ? QUrl() : QUrl::fromLocalFile(picture));
+        messenger.send(options.value("text"),
+                       picture.isEmpty() ? QUrl() : QUrl::fromLocalFile(picture));
     }
     if (options.isSet("grab")) {
         QObject::connect(&messenger, &Messenger::arrived, window, [&] {

@@ -31,8 +31,7 @@ WMMSMultipart part(const QString &type, const QString &name, const QByteArray &b
 /// Hears the session for the model.
 class Messenger::Ear : public WMFMListener {
 public:
-    explicit Ear(Messenger &messenger)
-        : WMFMListener(&messenger.m_session), m_messenger(messenger)
+    explicit Ear(Messenger &messenger) : WMFMListener(&messenger.m_session), m_messenger(messenger)
     {
     }
 
@@ -125,7 +124,11 @@ QVariant Messenger::data(const QModelIndex &index, int role) const
 
 QHash<int, QByteArray> Messenger::roleNames() const
 {
-    return {{IsMine, "isMine"}, {Text, "text"}, {Picture, "picture"}, {Progress, "progress"}, {State, "state"}};
+    return {{IsMine, "isMine"},
+            {Text, "text"},
+            {Picture, "picture"},
+            {Progress, "progress"},
+            {State, "state"}};
 }
 
 void Messenger::add(const Entry &entry)
@@ -144,7 +147,8 @@ void Messenger::send(const QString &text, const QUrl &picture)
     }
     QFile file(picture.toLocalFile());
     if (!picture.isEmpty() && file.open(QIODevice::ReadOnly)) {
-        parts << part(QMimeDatabase().mimeTypeForFile(file.fileName()).name(), QFileInfo(file).fileName(), file.readAll());
+        parts << part(QMimeDatabase().mimeTypeForFile(file.fileName()).name(),
+                      QFileInfo(file).fileName(), file.readAll());
     }
     if (parts.isEmpty() || m_person.isEmpty()) {
         return;
@@ -177,7 +181,8 @@ void Messenger::take(WMMSMsg &message)
     for (WMMSMultipart &part : message.getMultiParts().getSubMmsMultipartList()) {
         if (part.isMediaType("image")) {
             const QString folder = m_folder.absolutePath() + "/";
-            part.setLocalFileName(MMS_UTIL_Common::getTmpFileName(part.getSuggestLocalFileName(folder), folder));
+            part.setLocalFileName(
+                MMS_UTIL_Common::getTmpFileName(part.getSuggestLocalFileName(folder), folder));
             if (part.saveFile()) {
                 entry.picture = QUrl::fromLocalFile(part.getLocalFileName());
             }
