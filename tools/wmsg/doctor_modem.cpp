@@ -47,7 +47,10 @@ public:
                                  loop.quit();
                              }
                          });
-        QTimer::singleShot(kMoment, &loop, &QEventLoop::quit);
+        QTimer moment;
+        moment.setSingleShot(true);
+        QObject::connect(&moment, &QTimer::timeout, &loop, &QEventLoop::quit);
+        moment.start(kMoment);
         device.attach(m_handle);
         loop.exec();
         return state;
