@@ -30,8 +30,8 @@ int runBox(const BoxOptions &options, const LogOptions &logOptions)
 void addBox(CLI::App &program, int &exitCode)
 {
     auto options = std::make_shared<BoxOptions>();
-    CLI::App *command =
-        program.add_subcommand("box", "Start the proxy daemon and a network for it, until Ctrl-C");
+    CLI::App *command = program.add_subcommand(
+        "box", "Start a phone and its network on this machine, until Ctrl-C");
     command
         ->add_option("--folder", options->folder,
                      "Where spool, logs and PDUs lie, made if it is not there; without it a new "
@@ -47,8 +47,12 @@ void addBox(CLI::App &program, int &exitCode)
         ->take_all();
     command->add_option("--faults", options->faultFile, "A file with such lines")
         ->type_name("FILE");
+    command->add_flag(
+        "--no-modem", options->hasNoModem,
+        "Start no modem and no telephony daemon: no short messages, and notifications "
+        "go straight to the proxy daemon");
     command->add_flag("--demo", options->isDemo,
-                      "Exchange one message between two applications, show it, and end");
+                      "Exchange messages between two applications, show them, and end");
     command->add_flag("--json", options->isJson, "Tell in JSON, one object, what was started")
         ->excludes("--demo");
     auto log = std::make_shared<LogOptions>();

@@ -22,10 +22,15 @@ namespace wmsg::cli {
 
 namespace {
 
-QJsonObject objectOf(const ChildProgram &program, const QString &log)
-{
-    return {{u"name"_s, program.name()}, {u"pid"_s, program.pid()}, {u"log"_s, log}};
-}
+// The programs, in the order in which they start.
+constexpr auto kModem = "wmsg-sim-modem"_L1;
+constexpr auto kTelephony = "wmsg-telephonyd"_L1;
+constexpr auto kNetwork = "wmsg-sim-mmsc"_L1;
+constexpr auto kDaemon = "wmsg-mmsproxyd"_L1;
+
+// Sockets in the folder.
+constexpr auto kPush = "push"_L1;
+constexpr auto kControl = "modem-control"_L1;
 
 } // namespace
 
@@ -44,15 +49,15 @@ int BoxRun::run()
         complain(problem);
         return ExitBadInput;
     }
-    startNetwork();
+    plan();
+    startNext();
     if (!m_hasEnded) {
         QCoreApplication::exec();
     }
     m_demo.reset();
-    for (ChildProgram *program : {m_daemon.get(), m_network.get()}) {
-        if (program) {
-            program->stop();
-        }
+    m_smsDemo.reset();
+    for (auto step = m_steps.rbegin(); step != m_steps.rend(); ++step) {
+        step->program->stop();
     }
     const bool isKept = m_options.keep || m_exitCode != ExitFine;
     if (m_temporary && isKept) {
@@ -73,47 +78,95 @@ QString BoxRun::prepareFolder()
     } else {
         m_folder = QFileInfo(QString::fromStdString(m_options.folder)).absoluteFilePath();
     }
-    if (!service::LocalAddress(path(u"push"_s)).isPossible()) {
+    if (!service::LocalAddress(hasModem() ? path(kControl) : path(kPush)).isPossible()) {
         return m_folder + u": the name is too long for a socket in this folder"_s;
     }
     return QDir().mkpath(m_folder) ? QString() : m_folder + u": the folder cannot be made"_s;
 }
 
-void BoxRun::start(ChildProgram &program, const QStringList &arguments)
+void BoxRun::plan()
 {
-    connect(&program, &ChildProgram::died, this, &BoxRun::fail);
-    const QString problem = program.start(arguments);
+    const auto add = [this](const QString &name, QStringList (BoxRun::*arguments)() const) {
+        auto program = std::make_unique<ChildProgram>(name, logOf(name));
+        connect(program.get(), &ChildProgram::ready, this, &BoxRun::startNext);
+        connect(program.get(), &ChildProgram::died, this, &BoxRun::fail);
+        m_steps.push_back({std::move(program), arguments});
+    };
+    if (hasModem()) {
+        add(kModem, &BoxRun::modemArguments);
+        add(kTelephony, &BoxRun::telephonyArguments);
+    }
+    add(kNetwork, &BoxRun::networkArguments);
+    add(kDaemon, &BoxRun::daemonArguments);
+}
+
+void BoxRun::startNext()
+{
+    if (m_started == m_steps.size()) {
+        welcome();
+        return;
+    }
+    const Step &step = m_steps[m_started++];
+    const QString problem = step.program->start((this->*step.arguments)());
     if (!problem.isEmpty()) {
         fail(problem);
     }
 }
 
-void BoxRun::startNetwork()
+QStringList BoxRun::modemArguments() const
 {
-    QStringList arguments = {u"--default-push"_s, path(u"push"_s),   u"--pdu-log"_s,
-                             path(u"pdus"_s),     u"--push-retry"_s, u"0.5"_s};
+    return {u"--pty"_s,      path(u"modem"_s), u"--control"_s, path(kControl),
+            u"--loopback"_s, u"--pdu-log"_s,   path(u"sms"_s)};
+}
+
+QStringList BoxRun::telephonyArguments() const
+{
+    return {u"--backend"_s,  u"gammu"_s,   u"--device"_s,
+            placeOf(kModem), u"--spool"_s, path(u"telephony"_s)};
+}
+
+QStringList BoxRun::networkArguments() const
+{
+    QStringList arguments = {
+        u"--default-push"_s, hasModem() ? u"sms:"_s + path(kControl) : path(kPush),
+        u"--pdu-log"_s,      path(u"pdus"_s),
+        u"--push-retry"_s,   u"0.5"_s};
     for (const std::string &fault : m_options.faults) {
         arguments << u"--fault"_s << QString::fromStdString(fault);
     }
     if (!m_options.faultFile.empty()) {
         arguments << u"--faults"_s << QString::fromStdString(m_options.faultFile);
     }
-    m_network = std::make_unique<ChildProgram>(u"wmsg-sim-mmsc"_s, path(u"wmsg-sim-mmsc.log"_s));
-    connect(m_network.get(), &ChildProgram::ready, this, &BoxRun::startDaemon);
-    start(*m_network, arguments);
+    return arguments;
 }
 
-void BoxRun::startDaemon()
+QStringList BoxRun::daemonArguments() const
 {
-    m_daemon = std::make_unique<ChildProgram>(u"wmsg-mmsproxyd"_s, path(u"wmsg-mmsproxyd.log"_s));
-    connect(m_daemon.get(), &ChildProgram::ready, this, &BoxRun::welcome);
-    start(*m_daemon,
-          {u"--mmsc"_s, m_network->place(), u"--spool"_s, path(u"spool"_s), u"--push-socket"_s,
-           path(u"push"_s), u"--retry"_s, u"1,5,15,60"_s});
+    return {u"--mmsc"_s,        placeOf(kNetwork),
+            u"--spool"_s,       path(u"spool"_s),
+            u"--push-socket"_s, path(kPush),
+            u"--retry"_s,       u"1,5,15,60"_s,
+            u"--telephony"_s,   hasModem() ? u"yes"_s : u"no"_s};
+}
+
+QString BoxRun::placeOf(const QString &program) const
+{
+    for (const Step &step : m_steps) {
+        if (step.program->name() == program) {
+            return step.program->place();
+        }
+    }
+    return {};
 }
 
 void BoxRun::welcome()
 {
+    m_kept = std::make_unique<KeptFolder>(path(u"spool"_s));
+    connect(m_kept.get(), &KeptFolder::setAside, this, &complain);
+    const QString before = m_kept->watch();
+    if (!before.isEmpty()) {
+        complain(before);
+    }
     if (m_options.isJson) {
         tellInJson();
     } else {
@@ -127,40 +180,73 @@ void BoxRun::welcome()
 
 void BoxRun::tellInWords() const
 {
+    constexpr int kWidth = 16;
     say(u"The box is ready in %1\n"_s.arg(printable(m_folder)));
-    say(u"  wmsg-mmsproxyd   %1 (process %2)\n"_s.arg(m_daemon->place()).arg(m_daemon->pid()));
-    say(u"  wmsg-sim-mmsc    %1 (process %2)\n"_s.arg(m_network->place()).arg(m_network->pid()));
+    for (auto step = m_steps.rbegin(); step != m_steps.rend(); ++step) {
+        say(u"  %1 %2 (process %3)\n"_s.arg(step->program->name(), -kWidth)
+                .arg(printable(step->program->place()))
+                .arg(step->program->pid()));
+    }
     if (m_options.isDemo) {
         return;
     }
     say(u"Every number leads to this box. Try, in other terminals:\n"
         "  wmsg receive\n"
         "  wmsg send --to +15550101 --text \"Hello\"\n"
-        "  wmsg decode %1/pdus/*\n"
-        "Ctrl-C ends it.\n"_s.arg(printable(m_folder)));
+        "  wmsg decode %1/pdus/*\n"_s.arg(printable(m_folder)));
+    if (hasModem()) {
+        say(u"  wmsg sms receive\n"
+            "  wmsg sms send --to +15550101 --text \"Hello\"\n"
+            "  wmsg decode %1/sms/*\n"_s.arg(printable(m_folder)));
+    }
+    say(u"Ctrl-C ends it.\n"_s);
 }
 
 void BoxRun::tellInJson() const
 {
-    const QJsonObject object = {
+    QJsonArray programs;
+    for (const Step &step : m_steps) {
+        programs.append(QJsonObject{{u"name"_s, step.program->name()},
+                                    {u"pid"_s, step.program->pid()},
+                                    {u"log"_s, logOf(step.program->name())}});
+    }
+    QJsonObject object = {
         {u"folder"_s, m_folder},
-        {u"mmsc"_s, m_network->place()},
-        {u"proxySocket"_s, m_daemon->place()},
-        {u"pushSocket"_s, path(u"push"_s)},
+        {u"mmsc"_s, placeOf(kNetwork)},
+        {u"proxySocket"_s, placeOf(kDaemon)},
+        {u"pushSocket"_s, path(kPush)},
         {u"pdus"_s, path(u"pdus"_s)},
-        {u"programs"_s,
-         QJsonArray{objectOf(*m_network, path(u"wmsg-sim-mmsc.log"_s)),
-                    objectOf(*m_daemon, path(u"wmsg-mmsproxyd.log"_s))}},
+        {u"programs"_s, programs},
     };
+    if (hasModem()) {
+        object.insert(u"telephonySocket"_s, placeOf(kTelephony));
+        object.insert(u"modem"_s, placeOf(kModem));
+        object.insert(u"modemControl"_s, path(kControl));
+        object.insert(u"shortMessages"_s, path(u"sms"_s));
+    }
     say(QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Compact)) + u'\n');
 }
 
 void BoxRun::startDemo()
 {
     m_demo = std::make_unique<BoxDemo>(m_folder);
-    connect(m_demo.get(), &BoxDemo::succeeded, this, [this] { finish(ExitFine); });
+    connect(m_demo.get(), &BoxDemo::succeeded, this, [this] {
+        if (hasModem()) {
+            startSmsDemo();
+        } else {
+            finish(ExitFine);
+        }
+    });
     connect(m_demo.get(), &BoxDemo::failed, this, &BoxRun::fail);
     m_demo->start();
+}
+
+void BoxRun::startSmsDemo()
+{
+    m_smsDemo = std::make_unique<BoxSmsDemo>();
+    connect(m_smsDemo.get(), &BoxSmsDemo::succeeded, this, [this] { finish(ExitFine); });
+    connect(m_smsDemo.get(), &BoxSmsDemo::failed, this, &BoxRun::fail);
+    m_smsDemo->start();
 }
 
 void BoxRun::fail(const QString &problem)

@@ -25,13 +25,17 @@ bool isAlive(qint64 pid)
     return stat.mid(stat.lastIndexOf(')') + 2, 1) != "Z";
 }
 
-// A run of the box, with the programs of this build in PATH and temporary files in a folder.
+// A run of the box, with the programs of this build in PATH, temporary files in a folder, and the
+// telephony daemon at a path of its own, or at that of another box.
 class Box {
 public:
-    explicit Box(const QStringList &arguments, const QString &path = WMSG_PROGRAM_PATH)
+    explicit Box(const QStringList &arguments, const QString &path = WMSG_PROGRAM_PATH,
+                 const QString &telephony = QString())
+        : m_telephony(telephony.isEmpty() ? m_sockets.filePath("telephony") : telephony)
     {
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert("PATH", path);
+        environment.insert("WMSG_TELEPHONY_SOCKET", m_telephony);
         environment.insert("TMPDIR", m_temporary.path());
         environment.insert("TZ", "UTC");
         environment.insert("LC_ALL", "C.UTF-8");
@@ -67,6 +71,7 @@ public:
             m_process.state() == QProcess::NotRunning || m_process.waitForFinished(60000);
         return ended && m_process.exitStatus() == QProcess::NormalExit ? m_process.exitCode() : -1;
     }
+    QString telephony() const { return m_telephony; }
     QString out() { return m_process.readAllStandardOutput(); }
     QString err() { return m_process.readAllStandardError(); }
     QStringList leftovers() const
@@ -76,6 +81,8 @@ public:
 
 private:
     QTemporaryDir m_temporary;
+    QTemporaryDir m_sockets;
+    QString m_telephony;
     QProcess m_process;
     QJsonObject m_told;
 };
@@ -83,6 +90,13 @@ private:
 bool noneIsAlive(const QList<qint64> &pids)
 {
     return std::none_of(pids.begin(), pids.end(), isAlive);
+}
+
+// The programs of a box, in the order in which they start.
+QStringList programs(bool hasModem)
+{
+    const QStringList network{"wmsg-sim-mmsc", "wmsg-mmsproxyd"};
+    return hasModem ? QStringList{"wmsg-sim-modem", "wmsg-telephonyd"} + network : network;
 }
 
 QByteArray contentOf(const QString &path)
@@ -104,49 +118,69 @@ private slots:
     void aProgramDies_data();
     void aProgramDies();
     void demo();
+    void demoWithoutAModem();
+    void demoIsNotifiedByShortMessage();
     void demoOverABadNetwork();
     void demoThatFails();
     void twoBoxes();
+    void twoModems();
     void badFault();
+    void noProgram_data();
     void noProgram();
     void badFolder_data();
     void badFolder();
     void keepsTheFolder();
+    void tellsWhatIsSetAside();
 };
 
 void TestBox::startsAndStops_data()
 {
     QTest::addColumn<int>("number");
+    QTest::addColumn<bool>("hasModem");
 
-    QTest::newRow("Ctrl-C") << SIGINT;
-    QTest::newRow("SIGTERM") << SIGTERM;
-    QTest::newRow("the terminal closes") << SIGHUP;
+    QTest::newRow("Ctrl-C") << SIGINT << true;
+    QTest::newRow("SIGTERM") << SIGTERM << true;
+    QTest::newRow("the terminal closes") << SIGHUP << true;
+    QTest::newRow("without a modem") << SIGINT << false;
 }
 
 void TestBox::startsAndStops()
 {
     QFETCH(int, number);
+    QFETCH(bool, hasModem);
     const QTemporaryDir folder;
-    Box box({"--json", "--folder", folder.path()});
+    Box box(QStringList{"--json", "--folder", folder.path()}
+            + (hasModem ? QStringList() : QStringList{"--no-modem"}));
     const QJsonObject told = box.ready();
     QCOMPARE(told["folder"].toString(), folder.path());
     QVERIFY(told["mmsc"].toString().startsWith("http://127.0.0.1:"));
     QCOMPARE(told["proxySocket"].toString(), QString("/tmp/mmsproxy"));
     QCOMPARE(told["pushSocket"].toString(), folder.filePath("push"));
     QCOMPARE(told["pdus"].toString(), folder.filePath("pdus"));
-    QCOMPARE(told["programs"][0]["name"].toString(), QString("wmsg-sim-mmsc"));
-    QCOMPARE(told["programs"][1]["name"].toString(), QString("wmsg-mmsproxyd"));
+    QStringList started;
+    for (const auto program : told["programs"].toArray()) {
+        started += program.toObject()["name"].toString();
+    }
+    QCOMPARE(started, programs(hasModem));
+    QCOMPARE(told.contains("telephonySocket"), hasModem);
+    if (hasModem) {
+        QCOMPARE(told["telephonySocket"].toString(), box.telephony());
+        QCOMPARE(told["modem"].toString(), folder.filePath("modem"));
+        QVERIFY(QFile::exists(told["modemControl"].toString()));
+        QVERIFY(QDir(told["shortMessages"].toString()).exists());
+    }
     const QList<qint64> pids = box.pids();
-    QCOMPARE(pids.size(), 2);
-    QVERIFY(isAlive(pids[0]) && isAlive(pids[1]));
+    QVERIFY(std::all_of(pids.begin(), pids.end(), isAlive));
     QVERIFY(QFile::exists("/tmp/mmsproxy"));
-    QCOMPARE(contentOf(told["programs"][0]["log"].toString()),
+    QCOMPARE(QFile::exists(box.telephony()), hasModem);
+    QCOMPARE(contentOf(folder.filePath("wmsg-sim-mmsc.log")),
              "listening on " + told["mmsc"].toString().toUtf8() + '\n');
 
     box.signal(number);
     QCOMPARE(box.end(), 0);
     QVERIFY(noneIsAlive(pids));
     QVERIFY(!QFile::exists("/tmp/mmsproxy"));
+    QVERIFY(!QFile::exists(box.telephony()));
     QVERIFY(!QFile::exists(folder.filePath("push")));
     QCOMPARE(box.err(), QString());
 }
@@ -159,6 +193,10 @@ void TestBox::tellsInWords()
     QTRY_VERIFY_WITH_TIMEOUT((out += box.out()).contains("Ctrl-C ends it."), 60000);
     QVERIFY(out.startsWith("The box is ready in " + folder.path() + '\n'));
     QVERIFY(out.contains("wmsg send --to"));
+    QVERIFY(out.contains("wmsg sms send --to"));
+    for (const QString &program : programs(true)) {
+        QVERIFY2(out.contains("  " + program + ' '), qPrintable(program));
+    }
     box.signal(SIGINT);
     QCOMPARE(box.end(), 0);
 }
@@ -168,8 +206,8 @@ void TestBox::killed()
     Box box({"--json"});
     box.ready();
     const QList<qint64> pids = box.pids();
-    QCOMPARE(pids.size(), 2);
-    QVERIFY(isAlive(pids[0]) && isAlive(pids[1]));
+    QCOMPARE(pids.size(), 4);
+    QVERIFY(std::all_of(pids.begin(), pids.end(), isAlive));
     box.signal(SIGKILL);
     QTRY_VERIFY_WITH_TIMEOUT(noneIsAlive(pids), 30000);
 }
@@ -179,8 +217,10 @@ void TestBox::aProgramDies_data()
     QTest::addColumn<int>("which");
     QTest::addColumn<QString>("name");
 
-    QTest::newRow("the network") << 0 << "wmsg-sim-mmsc";
-    QTest::newRow("the daemon") << 1 << "wmsg-mmsproxyd";
+    QTest::newRow("the modem") << 0 << "wmsg-sim-modem";
+    QTest::newRow("the telephony daemon") << 1 << "wmsg-telephonyd";
+    QTest::newRow("the network") << 2 << "wmsg-sim-mmsc";
+    QTest::newRow("the proxy daemon") << 3 << "wmsg-mmsproxyd";
 }
 
 void TestBox::aProgramDies()
@@ -191,7 +231,7 @@ void TestBox::aProgramDies()
     Box box({"--json", "--folder", folder.path()});
     box.ready();
     const QList<qint64> pids = box.pids();
-    QCOMPARE(pids.size(), 2);
+    QCOMPARE(pids.size(), 4);
     ::kill(pid_t(pids[which]), SIGKILL);
     QCOMPARE(box.end(), 1);
     QCOMPARE(box.err(),
@@ -212,8 +252,36 @@ void TestBox::demo()
     QVERIFY2(out.contains("Hello from the box!"), qPrintable(out));
     QVERIFY2(out.contains("image/gif"), qPrintable(out));
     QVERIFY2(out.contains("+15550100 (phone number)"), qPrintable(out));
+    QVERIFY2(out.contains("sends a short message to +15550101: 25 of 160 septets, 135 left.\n"),
+             qPrintable(out));
+    QVERIFY2(out.contains("wmsg.demo.receiver has received a short message, from +15550101, "),
+             qPrintable(out));
+    QVERIFY2(out.endsWith("sent.\n") || out.endsWith("Hello in a short message!\n"),
+             qPrintable(out));
     QCOMPARE(box.leftovers(), QStringList());
     QVERIFY(!QFile::exists("/tmp/mmsproxy"));
+}
+
+void TestBox::demoWithoutAModem()
+{
+    const QTemporaryDir folder;
+    Box box({"--demo", "--no-modem", "--folder", folder.path()});
+    QCOMPARE(box.end(), 0);
+    const QString out = box.out();
+    QVERIFY2(out.contains("wmsg.demo.receiver has received:\n"), qPrintable(out));
+    QVERIFY2(!out.contains("short message"), qPrintable(out));
+    QVERIFY(!QFile::exists(folder.filePath("sms")));
+}
+
+void TestBox::demoIsNotifiedByShortMessage()
+{
+    const QTemporaryDir folder;
+    Box box({"--demo", "--folder", folder.path()});
+    QCOMPARE(box.end(), 0);
+    // The notification, and the short message that comes back; nothing but that one was sent.
+    const QDir messages(folder.filePath("sms"));
+    QVERIFY(messages.entryList({"*-deliver.pdu"}).size() >= 2);
+    QCOMPARE(messages.entryList({"*-submit.pdu"}).size(), 1);
 }
 
 void TestBox::demoOverABadNetwork()
@@ -253,6 +321,17 @@ void TestBox::twoBoxes()
     QVERIFY(!noneIsAlive(first.pids()));
 }
 
+void TestBox::twoModems()
+{
+    Box first({"--json"});
+    QVERIFY(!first.ready().isEmpty());
+    const QTemporaryDir folder;
+    Box second({"--json", "--folder", folder.path()}, WMSG_PROGRAM_PATH, first.telephony());
+    QCOMPARE(second.end(), 1);
+    QCOMPARE(second.err(), "wmsg: wmsg-telephonyd: " + first.telephony() + " is in use\n");
+    QVERIFY(!noneIsAlive(first.pids()));
+}
+
 void TestBox::badFault()
 {
     const QTemporaryDir folder;
@@ -262,14 +341,24 @@ void TestBox::badFault()
              QString("wmsg: wmsg-sim-mmsc: --fault:1: \"lost\" cannot happen to this\n"));
 }
 
+void TestBox::noProgram_data()
+{
+    QTest::addColumn<QStringList>("options");
+    QTest::addColumn<QString>("name");
+
+    QTest::newRow("the modem") << QStringList() << "wmsg-sim-modem";
+    QTest::newRow("the network") << QStringList{"--no-modem"} << "wmsg-sim-mmsc";
+}
+
 void TestBox::noProgram()
 {
+    QFETCH(QStringList, options);
+    QFETCH(QString, name);
     const QTemporaryDir folder;
-    Box box({"--folder", folder.path()}, "/nowhere");
+    Box box(QStringList{"--folder", folder.path()} + options, "/nowhere");
     QCOMPARE(box.end(), 1);
     QCOMPARE(box.err(),
-             QString("wmsg: wmsg-sim-mmsc: there is no such program, neither beside wmsg nor in "
-                     "PATH\n"));
+             "wmsg: " + name + ": there is no such program, neither beside wmsg nor in PATH\n");
 }
 
 void TestBox::badFolder_data()
@@ -290,6 +379,27 @@ void TestBox::badFolder()
     Box box({"--folder", folder});
     QCOMPARE(box.end(), 1);
     QCOMPARE(box.err(), "wmsg: " + folder + ": " + problem + '\n');
+}
+
+void TestBox::tellsWhatIsSetAside()
+{
+    const QTemporaryDir folder;
+    Box box({"--json", "--folder", folder.path()});
+    const QString socket = box.ready()["pushSocket"].toString();
+    QFile notification(folder.filePath("notification"));
+    QVERIFY(notification.open(QIODevice::WriteOnly));
+    notification.write(QByteArray::fromHex("8C8298743100 8D92 83") + "ftp://127.0.0.1/m" + '\0');
+    notification.close();
+    QCOMPARE(QProcess::execute(WMSG_PROGRAM, {"push", "--socket", socket, notification.fileName()}),
+             0);
+    QString err;
+    QTRY_VERIFY_WITH_TIMEOUT((err += box.err()).endsWith('\n'), 60000);
+    QVERIFY2(err.startsWith("wmsg: a message that came was set aside: the location is no URL of "
+                            "http or https ("
+                            + folder.path() + "/spool/kept/in-"),
+             qPrintable(err));
+    box.signal(SIGINT);
+    QCOMPARE(box.end(), 0);
 }
 
 void TestBox::keepsTheFolder()

@@ -78,7 +78,7 @@ void TestCommandLine::addSessionHelp()
     QTest::newRow("push") << QStringList{"push", "--help"}
                           << QStringList{"FILE", "--socket", "--timeout"};
     QTest::newRow("box") << QStringList{"box", "--help"}
-                         << QStringList{"--folder", "--keep", "--fault", "--faults",
+                         << QStringList{"--folder", "--keep", "--fault", "--faults", "--no-modem",
                                         "--demo",   "--json", "--log",   "--verbose"};
     QTest::newRow("sms send") << QStringList{"sms", "send", "--help"}
                               << QStringList{"--to",   "--text",    "--data",    "--port",
