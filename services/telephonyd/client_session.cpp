@@ -4,7 +4,6 @@
 #include "services/telephonyd/client_session.h"
 
 #include <QtCore/QLoggingCategory>
-#include <QtCore/QMetaObject>
 
 #include <algorithm>
 #include <cerrno>
@@ -34,8 +33,11 @@ ClientSession::ClientSession(SessionId id, qintptr descriptor, QObject *parent)
     m_later.setSingleShot(true);
     m_later.setInterval(0);
     m_patience.setSingleShot(true);
+    m_end.setSingleShot(true);
+    m_end.setInterval(0);
     connect(&m_reading, &QSocketNotifier::activated, this, &ClientSession::read);
     connect(&m_writing, &QSocketNotifier::activated, this, &ClientSession::flush);
+    connect(&m_end, &QTimer::timeout, this, &ClientSession::ended);
     connect(&m_later, &QTimer::timeout, this, &ClientSession::handle);
     connect(&m_patience, &QTimer::timeout, this, [this] { drop("it does not greet"); });
     m_patience.start(kPatience);
@@ -164,7 +166,7 @@ void ClientSession::close()
     m_later.stop();
     m_patience.stop();
     m_socket.close();
-    QMetaObject::invokeMethod(this, &ClientSession::ended, Qt::QueuedConnection);
+    m_end.start();
 }
 
 } // namespace wmsg::telephonyd

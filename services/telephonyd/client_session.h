@@ -78,6 +78,7 @@ private:
     QSocketNotifier m_writing;
     QTimer m_later; ///< for the frames that others were let past
     QTimer m_patience;
+    QTimer m_end; ///< for ended()
     telephony::FrameReader m_reader;
     telephony::Hello m_hello;
     QByteArray m_unsent;
