@@ -6,23 +6,15 @@
 #include "services/mmsproxyd/short_message_push.h"
 
 #include <QtCore/QMetaObject>
-#include <QtCore/QTimer>
 
-#include <memory>
-#include <optional>
 #include <utility>
 
 namespace wmsg::proxy {
 
-/// A body on its way to the taker. Both threads hold it, so that either may go first.
-struct PushThread::Errand {
-    QByteArray body;
-    std::optional<bool> isTaken;
-};
-
 PushThread::PushThread(Taker taker) : m_taker(std::move(taker))
 {
     setObjectName(QStringLiteral("telephony"));
+    connect(this, &PushThread::arrived, this, &PushThread::serve, Qt::QueuedConnection);
 }
 
 PushThread::~PushThread()
@@ -36,26 +28,30 @@ void PushThread::run()
 {
     ShortMessagePush push([this](const QByteArray &body) { return handOver(body); });
     // From inside the loop, so that quit() is heard whenever it comes.
-    QTimer::singleShot(0, &push, &ShortMessagePush::start);
+    QMetaObject::invokeMethod(&push, "start", Qt::QueuedConnection);
     exec();
 }
 
 bool PushThread::handOver(const QByteArray &body)
 {
-    const auto errand = std::make_shared<Errand>();
-    errand->body = body;
-    QMetaObject::invokeMethod(
-        &m_home,
-        [this, errand] {
-            const bool isTaken = m_taker(errand->body);
-            const std::lock_guard guard(m_mutex);
-            errand->isTaken = isTaken;
-            m_changed.notify_all();
-        },
-        Qt::QueuedConnection);
     std::unique_lock lock(m_mutex);
-    m_changed.wait(lock, [this, &errand] { return m_isOver || errand->isTaken; });
-    return errand->isTaken.value_or(false);
+    m_body = body;
+    m_isTaken.reset();
+    Q_EMIT arrived();
+    m_changed.wait(lock, [this] { return m_isOver || m_isTaken; });
+    return m_isTaken.value_or(false);
+}
+
+/// In the thread that made this object.
+void PushThread::serve()
+{
+    std::unique_lock lock(m_mutex);
+    const QByteArray body = m_body;
+    lock.unlock();
+    const bool isTaken = m_taker(body);
+    lock.lock();
+    m_isTaken = isTaken;
+    m_changed.notify_all();
 }
 
 void PushThread::endWaiting()

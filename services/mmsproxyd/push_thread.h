@@ -4,12 +4,12 @@
 #pragma once
 
 #include <QtCore/QByteArray>
-#include <QtCore/QObject>
 #include <QtCore/QThread>
 
 #include <condition_variable>
 #include <functional>
 #include <mutex>
+#include <optional>
 
 namespace wmsg::proxy {
 
@@ -32,16 +32,20 @@ public:
 protected:
     void run() override;
 
-private:
-    struct Errand;
+Q_SIGNALS:
+    /// A body waits for the taker.
+    void arrived();
 
+private:
     [[nodiscard]] bool handOver(const QByteArray &body);
+    void serve();
     void endWaiting();
 
     Taker m_taker;
-    QObject m_home; ///< in the thread that made this
-    std::mutex m_mutex;
+    std::mutex m_mutex; ///< of all that follows
     std::condition_variable m_changed;
+    QByteArray m_body;
+    std::optional<bool> m_isTaken; ///< Nothing: the body waits.
     bool m_isOver = false;
 };
 

@@ -44,7 +44,7 @@ public:
     ~ShortMessagePush() override;
 
     /// start makes the first attempt. Whatever comes of it, the others follow by themselves.
-    void start();
+    Q_INVOKABLE void start();
 
 private:
     enum class State { Unknown, Taking, NoService, PortTaken };

@@ -53,10 +53,7 @@ void ShortMessagePath::startNext()
     m_isBusy = true;
     const QByteArrayList commands = commandsFor(m_waiting.head().pdu);
     if (commands.isEmpty()) {
-        const ControlOutcome refusal{ControlOutcome::Refused,
-                                     QStringLiteral("it does not fit 255 short messages")};
-        QMetaObject::invokeMethod(
-            this, [this, refusal] { finish(refusal); }, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(this, "refuse", Qt::QueuedConnection);
         return;
     }
     auto *request = new ControlRequest(m_controlSocket, commands, kTimeout, this);
@@ -74,6 +71,11 @@ QByteArrayList ShortMessagePath::commandsFor(const QByteArray &pdu)
         commands.append(deliverCommand(message));
     }
     return commands;
+}
+
+void ShortMessagePath::refuse()
+{
+    finish({ControlOutcome::Refused, QStringLiteral("it does not fit 255 short messages")});
 }
 
 void ShortMessagePath::finish(const ControlOutcome &outcome)

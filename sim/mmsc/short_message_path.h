@@ -31,6 +31,7 @@ private:
 
     void startNext();
     [[nodiscard]] QByteArrayList commandsFor(const QByteArray &pdu);
+    Q_INVOKABLE void refuse();
     void finish(const wmsg::sim::ControlOutcome &outcome);
 
     QString m_controlSocket;
