@@ -81,6 +81,7 @@ private slots:
 
     void text_data();
     void text();
+    void theLongestText();
     void eightBitText();
     void longEightBitText();
     void data();
@@ -166,10 +167,14 @@ void TestWSMSClient::fresh()
 
 void TestWSMSClient::loads()
 {
+    // What waits for the device is heard: it is connected before it is attached.
     LogCapture log;
+    m_phone->eventAtAttach = 513;
     open();
     QCOMPARE(m_phone->calls, QStringList({"init WSMS 2", "attach 5"}));
-    QCOMPARE(log.lines(), QStringList({"new TapiDevice success", "connect TapiDevice success."}));
+    QCOMPARE(log.lines(),
+             QStringList({"new TapiDevice success", "connect TapiDevice success.",
+                          "pTapiEvent->GetType()=513\n"}));
     QVERIFY(!m_phone->device->parent());
     QCOMPARE(m_phone->device->objectName(), QString());
 }
@@ -378,6 +383,26 @@ void TestWSMSClient::text()
     QCOMPARE(toHex(message->getData().view()), toHex(units + "xy"));
 }
 
+void TestWSMSClient::theLongestText()
+{
+    open();
+    LogCapture log;
+    WSMSMsg *message = hear(incoming(0, 65534, QByteArray(65536, 'x')));
+    QVERIFY(message);
+    QCOMPARE(message->getData().size(), 65536);
+    QString text;
+    QVERIFY(message->getBody(text));
+    QCOMPARE(text, QString(32767, QChar(0x7878)));
+    QCOMPARE(log.lines().mid(0, 2),
+             QStringList({"pTapiEvent->GetType()=774\n", "msgLength:65534"}));
+    // A length that is odd ends in half a unit, which does not count.
+    message = hear(incoming(0, 65535, QByteArray(65537, 'x')));
+    QVERIFY(message);
+    QCOMPARE(message->getData().size(), 65537);
+    QVERIFY(message->getBody(text));
+    QCOMPARE(text.size(), 32767);
+}
+
 void TestWSMSClient::eightBitText()
 {
     open();
@@ -436,7 +461,9 @@ void TestWSMSClient::unknownCodings()
 {
     QFETCH(int, coding);
     open();
+    LogCapture log;
     QVERIFY(!hear(incoming(coding, 2, "abcd")));
+    QCOMPARE(log.lines(), QStringList{"pTapiEvent->GetType()=774\n"});
 }
 
 void TestWSMSClient::everyShortRecord_data()

@@ -335,11 +335,15 @@ void TestWSMSSession::doesNotFit()
         message.setPortNumber(1, 2);
     }
     m_phone->fitsOneMessage = false;
-    LogCapture captured;
-    QCOMPARE(send(message), -1);
-    QCOMPARE(int(m_status), 27);
-    QCOMPARE(captured.lines(), log);
-    QCOMPARE(m_phone->calls, QStringList{call});
+    for (int misfit : {1, 3, -1, INT_MIN}) {
+        m_phone->misfit = misfit;
+        m_phone->calls.clear();
+        LogCapture captured;
+        QCOMPARE(send(message), -1);
+        QCOMPARE(int(m_status), 27);
+        QCOMPARE(captured.lines(), log);
+        QCOMPARE(m_phone->calls, QStringList{call});
+    }
 }
 
 void TestWSMSSession::dataIsNotChecked()
@@ -407,18 +411,32 @@ void TestWSMSSession::serviceCenters()
     WSMSMsg message;
     message.setTo(WMFMEntry(1, "1"));
     message.setServiceCenter(own);
+    const QStringList asked = isAsked ? QStringList{"service centre 5"} : QStringList();
+    const QStringList told = isAsked ? QStringList{"default serviceCenter:" + used} : QStringList();
+    {
+        LogCapture log;
+        QCOMPARE(send(message), 41);
+        QCOMPARE(
+            m_phone->calls,
+            asked
+                + QStringList(
+                    {"fits 0 0", QString("send 5 to '1' by '%1' coding 0 length 0 []").arg(used)}));
+        QCOMPARE(log.lines(), told + QStringList({"to:1", "server:" + used}));
+    }
+    m_phone->calls.clear();
+    message.setPortNumber(1, 2);
     LogCapture log;
     QCOMPARE(send(message), 41);
-    QCOMPARE(m_phone->calls.contains("service centre 5"), isAsked);
-    QCOMPARE(m_phone->calls.last(),
-             QString("send 5 to '1' by '%1' coding 0 length 0 []").arg(used));
+    QCOMPARE(
+        m_phone->calls,
+        asked
+            + QStringList(
+                {"fits to port 0 0",
+                 QString("send 5 to '1' port 1 from 2 by '%1' coding 0 length 0 []").arg(used)}));
     QCOMPARE(log.lines(),
-             (isAsked ? QStringList{"default serviceCenter:" + used} : QStringList())
-                 + QStringList({"to:1", "server:" + used}));
-    message.setPortNumber(1, 2);
-    QCOMPARE(send(message), 41);
-    QCOMPARE(m_phone->calls.last(),
-             QString("send 5 to '1' port 1 from 2 by '%1' coding 0 length 0 []").arg(used));
+             told
+                 + QStringList({"SMS send with port number", "out, sm.msgBufLength:0",
+                                "the pData==NULL || sz==0 ,return"}));
 }
 
 void TestWSMSSession::longNumbers()

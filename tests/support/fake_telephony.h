@@ -28,11 +28,13 @@ public:
 
     int handle = 5; ///< below 0: there is no service
     bool fitsOneMessage = true;
+    int misfit = 1; ///< what the checks say of a message that does not fit
     int sendResult = 0;
     int portResult = 0;
     qint32 reference = 41;
     QByteArray serviceCenter = "+4366";
     int serviceCenterResult = 0;
+    int eventAtAttach = -1; ///< the type of an event that waits for the device, below 0: none
 
     QStringList calls; ///< but for the two below
     int inits = 0;
@@ -95,6 +97,9 @@ bool UTIL_TAPI_Device::attach(int handle)
     FakeTelephony &phone = FakeTelephony::phone();
     phone.called(QString("attach %1").arg(handle));
     phone.device = this;
+    if (phone.eventAtAttach >= 0) {
+        phone.event(phone.eventAtAttach, QByteArray());
+    }
     return true;
 }
 
@@ -113,14 +118,14 @@ int TAPI_SMS_CaculateSm(const TAPI_SMS_SM_S *sm)
 {
     FakeTelephony &phone = FakeTelephony::phone();
     phone.called(QString("fits %1 %2").arg(sm->dataCoding).arg(sm->msgLength));
-    return phone.fitsOneMessage ? 0 : 1;
+    return phone.fitsOneMessage ? 0 : phone.misfit;
 }
 
 int TAPI_SMS_CaculatePortNumberSm(const TAPI_SMS_PORT_SM_S *sm)
 {
     FakeTelephony &phone = FakeTelephony::phone();
     phone.called(QString("fits to port %1 %2").arg(sm->dataCoding).arg(sm->msgBufLength));
-    return phone.fitsOneMessage ? 0 : 1;
+    return phone.fitsOneMessage ? 0 : phone.misfit;
 }
 
 int TAPI_SMS_SendSmUnblockMode(int handle, const TAPI_SMS_SM_S *sm, qint32 *reference)
