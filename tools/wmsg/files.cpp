@@ -8,12 +8,10 @@
 #include <climits>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <fcntl.h>
 #include <memory>
 #include <sys/stat.h>
 #include <unistd.h>
-#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -138,31 +136,6 @@ QString writeInPlace(const QByteArray &path, QByteArrayView bytes)
 
 } // namespace
 
-Descriptor &Descriptor::operator=(Descriptor &&other) noexcept
-{
-    if (this != &other) {
-        close();
-        m_fd = other.release();
-    }
-    return *this;
-}
-
-int Descriptor::release()
-{
-    return std::exchange(m_fd, -1);
-}
-
-bool Descriptor::close()
-{
-    const int fd = release();
-    return fd < 0 || ::close(fd) == 0;
-}
-
-QString systemError()
-{
-    return QString::fromLocal8Bit(std::strerror(errno));
-}
-
 QString problemOfFile(const QByteArray &path)
 {
     struct stat state;
@@ -183,18 +156,6 @@ QString readInput(const QByteArray &path, qint64 limit, QArray<char> &bytes)
         return problem;
     }
     return state.st_size > limit ? tooLarge(limit) : readAll(file.get(), limit, bytes);
-}
-
-bool writeAll(int fd, QByteArrayView bytes)
-{
-    while (!bytes.isEmpty()) {
-        const ssize_t written = ::write(fd, bytes.data(), static_cast<size_t>(bytes.size()));
-        if (written < 0 && errno != EINTR) {
-            return false;
-        }
-        bytes = bytes.sliced(std::max<ssize_t>(written, 0));
-    }
-    return true;
 }
 
 QString writeOutput(const QByteArray &path, QByteArrayView bytes)

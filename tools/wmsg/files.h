@@ -3,6 +3,8 @@
 
 #pragma once
 
+#include "services/common/descriptor.h"
+
 #include <qt2/qarray.h>
 
 #include <QtCore/QByteArray>
@@ -12,26 +14,9 @@
 /// memory, never half a result under its final name.
 namespace wmsg::cli {
 
-/// A file descriptor, closed with its owner.
-class Descriptor {
-public:
-    explicit Descriptor(int fd = -1) : m_fd(fd) { }
-    Descriptor(Descriptor &&other) noexcept : m_fd(other.release()) { }
-    Descriptor &operator=(Descriptor &&other) noexcept;
-    ~Descriptor() { close(); }
-
-    [[nodiscard]] int get() const { return m_fd; }
-    [[nodiscard]] bool isOpen() const { return m_fd >= 0; }
-    int release();
-    /// False when the system reports a late write error.
-    bool close();
-
-private:
-    int m_fd;
-};
-
-/// The last system error in words.
-[[nodiscard]] QString systemError();
+using service::Descriptor;
+using service::systemError;
+using service::writeAll;
 
 /// The largest input that is read unless another limit is given.
 inline constexpr qint64 kDefaultSizeLimit = qint64(64) * 1024 * 1024;
@@ -44,9 +29,6 @@ inline constexpr qint64 kDefaultSizeLimit = qint64(64) * 1024 * 1024;
 /// words, an empty text when there is none: directories, pipes, devices and sockets are refused,
 /// and so is what is larger than `limit` bytes.
 [[nodiscard]] QString readInput(const QByteArray &path, qint64 limit, QArray<char> &bytes);
-
-/// Writes all of `bytes`; false with errno set when that fails.
-[[nodiscard]] bool writeAll(int fd, QByteArrayView bytes);
 
 /// Makes `bytes` the content of the file `path`, or writes them to standard output for "-". A
 /// regular file is replaced in one step by a complete new one; a link keeps pointing at it. What is
