@@ -183,6 +183,14 @@ QByteArray part(quint8 number, const QByteArray &data)
                                             smspdu::concatenationElement({7, 3, number})}));
 }
 
+/// A notification as a network pushes it.
+QByteArray push()
+{
+    return fromHex("01 06 03 BE AF 84  8C 82 98 54 31 00 8D 90 8A 80 8E 02 03 E8 88 05 81 03 02 A3 "
+                   "00 83")
+        + QByteArray("http://m/a", 11);
+}
+
 /// What tshark says of a field of each message that was sent, by way of text2pcap.
 QStringList witnessed(const World &world, const QStringList &fields)
 {
@@ -243,7 +251,7 @@ private:
     static void compareWithWitness(const World &world, const QStringList &texts);
 };
 
-/// What tshark reads in what was sent: the texts, and the data behind them.
+/// What tshark reads in what was sent: the texts, the data behind them, and the push.
 void TestTelephonyModem::compareWithWitness(const World &world, const QStringList &texts)
 {
     if (QStandardPaths::findExecutable("tshark").isEmpty()
@@ -253,13 +261,16 @@ void TestTelephonyModem::compareWithWitness(const World &world, const QStringLis
     QStringList expected;
     for (const QString &text : texts) {
         const bool is16 = text.contains(u'я');
-        expected << QString("1\t43664\t%1\t\t\t%2").arg(is16 ? "8" : "0", text);
+        expected << QString("1\t43664\t%1\t\t\t%2\t\t\t").arg(is16 ? "8" : "0", text);
     }
-    expected << "1\t43664\t4\t9000\t9001\t";
-    QCOMPARE(witnessed(world,
-                       {"gsm_sms.tp-mti", "gsm_sms.tp-da", "gsm_sms.tp-dcs",
-                        "gsm_sms.destination_port", "gsm_sms.originator_port", "gsm_sms.sms_text"}),
-             expected);
+    expected << "1\t43664\t4\t9000\t9001\t\t\t\t"
+             << "1\t43664\t4\t2948\t9200\t\tx-wap-application:mms.ua\tT1\thttp://m/a";
+    QCOMPARE(
+        witnessed(world,
+                  {"gsm_sms.tp-mti", "gsm_sms.tp-da", "gsm_sms.tp-dcs", "gsm_sms.destination_port",
+                   "gsm_sms.originator_port", "gsm_sms.sms_text", "wsp.header.x_wap_application_id",
+                   "mmse.transaction_id", "mmse.content_location"}),
+        expected);
 }
 
 /// What two applications send goes over the line and comes back, as it was.
@@ -288,10 +299,13 @@ void TestTelephonyModem::applications()
     message.setPortNumber(9000, 9001);
     QVERIFY(message.setBody(QArray<char>(QByteArrayView(data))));
     QVERIFY(session->send(&message, status) > 0);
+    message.setPortNumber(2948, 9200);
+    QVERIFY(message.setBody(QArray<char>(QByteArrayView(push()))));
+    QVERIFY(session->send(&message, status) > 0);
 
-    QTRY_COMPARE_WITH_TIMEOUT(listener.statuses.size(), 5, kPatience);
-    QCOMPARE(listener.statuses, (QStringList{"1: 0", "2: 0", "3: 0", "4: 0", "5: 0"}));
-    QTRY_COMPARE_WITH_TIMEOUT(listener.messages.size(), size_t(5), kPatience);
+    QTRY_COMPARE_WITH_TIMEOUT(listener.statuses.size(), 6, kPatience);
+    QCOMPARE(listener.statuses, (QStringList{"1: 0", "2: 0", "3: 0", "4: 0", "5: 0", "6: 0"}));
+    QTRY_COMPARE_WITH_TIMEOUT(listener.messages.size(), size_t(6), kPatience);
     for (int i = 0; i < 4; ++i) {
         QString text;
         QVERIFY(listener.messages[size_t(i)]->getBody(text));
@@ -306,6 +320,8 @@ void TestTelephonyModem::applications()
     QArray<char> bytes;
     QVERIFY(listener.messages[4]->getBody(bytes));
     QCOMPARE(toHex(QByteArray(bytes.data(), bytes.size())), toHex(data));
+    QVERIFY(listener.messages[5]->getBody(bytes));
+    QCOMPARE(toHex(QByteArray(bytes.data(), bytes.size())), toHex(push()));
     QTRY_COMPARE_WITH_TIMEOUT(world.status("SM"), QString("0/20"), kPatience);
     WMFMSession::close(session);
     world.daemon().stop();
