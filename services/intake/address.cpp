@@ -65,7 +65,7 @@ QByteArray plainAddress(const QByteArray &text)
     }
     address = withoutSuffix(address);
     if (!address.contains('@')) {
-        address = address.replace('"', "").trimmed();
+        address = withoutSuffix(address.replace('"', "")); // a quote may have hidden it
         return address.isEmpty() ? QByteArray() : address + kNumberSuffix;
     }
     while (address.size() >= 2 && address.startsWith('"') && address.endsWith('"')) {

@@ -21,6 +21,7 @@ namespace {
 
 constexpr int kDeepest = 16; // as deep as the codec follows
 constexpr qsizetype kMostInOneByte = 255;
+constexpr quint8 kHighestShort = 127;
 constexpr quint32 kMostParts = 4000; // that many fit into the multiparts that the codec follows
 constexpr QByteArrayView kMixedPartHeader("\xA3");
 
@@ -58,6 +59,18 @@ std::optional<Extent> readExtent(WSP_Stream &stream)
 bool isZeros(QByteArrayView bytes)
 {
     return std::all_of(bytes.begin(), bytes.end(), [](char c) { return c == 0; });
+}
+
+/// Reads the count of a multipart of this system, which writes one above 127 in one byte.
+bool readOwnCount(WSP_Stream &stream, QByteArrayView body, quint32 &count)
+{
+    quint8 byte = 0;
+    if (peekByte(stream) <= kHighestShort || !isWholeMultipart(body)) {
+        return false;
+    }
+    stream.readByte(byte);
+    count = byte;
+    return true;
 }
 
 /// An entry, as it will be read.
@@ -209,18 +222,10 @@ public:
 private:
     bool readCount(WSP_Stream &stream, QByteArrayView body, quint32 &count)
     {
-        constexpr int kHighestShort = 127;
-        const int first = peekByte(stream);
-        if (first < 0) {
-            return false;
-        }
-        // This system writes a count above 127 in one byte.
-        if (first > kHighestShort && isWholeMultipart(body)) {
-            ++stream.pos;
-            count = static_cast<quint32>(first);
+        if (readOwnCount(stream, body, count)) {
             return true;
         }
-        if (first > kHighestShort) {
+        if (peekByte(stream) > kHighestShort) {
             m_isUnchanged = false;
             m_journal.step(body.data(), u"the number of parts was written anew"_s);
         }
@@ -320,7 +325,8 @@ bool beginsMultipart(QByteArrayView body)
 {
     WSP_Stream stream = streamOver(body);
     quint32 count = 0;
-    if (!stream.readUintvar(count) || count == 0) {
+    const bool isCounted = readOwnCount(stream, body, count) || stream.readUintvar(count);
+    if (!isCounted || count == 0) {
         return false;
     }
     const auto extent = readExtent(stream);

@@ -72,11 +72,20 @@ bool takeInMultipartBody(QByteArrayView bytes, const Header &header, Body &body,
     return true;
 }
 
+/// Whether the codec reads the bytes as parts, every one as it is meant.
+bool isReadableMultipart(QByteArrayView bytes)
+{
+    Result unused;
+    Journal journal(bytes, unused);
+    bool isUnchanged = false;
+    return isWholeMultipart(bytes) && takeInMultipart(bytes, isUnchanged, journal) && isUnchanged;
+}
+
 /// The codec takes a DRM message without a boundary for a multipart, as this system writes one.
 bool isTakenForMultipart(QByteArrayView bytes, const MediaType &type)
 {
     return type.media.toLower() == "application/vnd.oma.drm.message" && type.boundary.isEmpty()
-        && !isWholeMultipart(bytes);
+        && !isReadableMultipart(bytes);
 }
 
 /// A body that is one value stays one if the codec can name its type.

@@ -415,7 +415,7 @@ QByteArray headerText(const QByteArray &value)
 
 QByteArray headerParameter(const char *name, const QByteArray &value)
 {
-    return namedParameter(name, headerText(value));
+    return namedParameter(name, withoutQuotes(headerText(value)));
 }
 
 QByteArray shortNumber(int number)
@@ -501,8 +501,7 @@ QByteArray writtenHeaderType(const MediaType &type)
     if (!type.isMultipart()) {
         parameters += type.isText() ? QByteArrayLiteral("\x81\xEA") : QByteArray();
         parameters += headerParameter("boundary", type.boundary)
-            + headerParameter("name",
-                              withoutQuotes(type.name.isEmpty() ? type.fileName : type.name));
+            + headerParameter("name", type.name.isEmpty() ? type.fileName : type.name);
     }
     parameters += headerParameter("Application-ID", type.application)
         + headerParameter("Reply-To-Application-ID", type.replyApplication)

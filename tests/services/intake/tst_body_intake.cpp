@@ -115,7 +115,9 @@ private slots:
     void cutData();
     void nested();
     void deepNesting();
+    void applicationWithQuote();
     void manyParts();
+    void manyPartsBehindParameters();
     void drmNumbers_data();
     void drmNumbers();
     void picturesAreNotCopied();
@@ -274,6 +276,11 @@ void TestBodyIntake::singleBodies_data()
               "73 73"
               "61 67 65 00",
               "--b\r\n"));
+    row("a DRM message that looks like parts", "C8", QByteArray("\1\0\0", 3), "A3",
+        oneOf("1F 20 61 70 70 6C 69 63 61 74 69 6F 6E 2F 76 6E 64 2E 6F 6D 61 2E 64 72 6D 2E 6D 65 "
+              "73 73"
+              "61 67 65 00",
+              QByteArray("\1\0\0", 3)));
 }
 
 void TestBodyIntake::singleBodies()
@@ -410,6 +417,28 @@ void TestBodyIntake::manyParts()
     QCOMPARE(message.getMultiParts().subParts()->size(), 255);
     QCOMPARE(message.getMultiParts().subParts()->last().subParts()->size(), 46);
     QCOMPARE(linesOf(many.lost), QStringList());
+}
+
+// A field may have the quote of a quoted string; a parameter of this system has none.
+void TestBodyIntake::applicationWithQuote()
+{
+    const QByteArray body = char(1) + partOf(fromHex("9E"), "x");
+    const Taken result = taken(retrievalHeader() + fromHex("B7 22 61 00 84 A3") + body);
+    const QByteArray wanted =
+        retrievalHeader() + fromHex("84 12 A3") + QByteArray("Application-ID\0a\0", 17) + body;
+    QCOMPARE(toHex(result.pdu.joined()), toHex(wanted));
+    QVERIFY(taken(wanted).isUnchanged);
+}
+
+// The count of this system is no parameter of the content type in front of it.
+void TestBodyIntake::manyPartsBehindParameters()
+{
+    const QByteArray part = fromHex("1A 00 19") + QByteArray("application/octet-stream\0", 25);
+    const Taken result =
+        taken(retrievalHeader() + fromHex("84 04 B3 89 61 00") + char(137) + part.repeated(137));
+    QCOMPARE(linesOf(result.steps), QStringList());
+    QVERIFY(result.isUnchanged);
+    QCOMPARE(decoded(result).getMultiParts().subParts()->size(), 137);
 }
 
 void TestBodyIntake::drmNumbers_data()

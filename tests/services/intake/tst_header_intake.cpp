@@ -140,6 +140,8 @@ const ChangedRow kChanged[] = {
     {"a quoted name", "97 22 41 22 20 3C 61 40 78 3E 00", "97 41 20 3C 61 40 78 3E 00",
      "field 0x97: an address was written anew"},
     {"an empty address", "97 00", "", "field 0x97: an empty address was left out"},
+    {"an address with a suffix behind a quote", "97 2B 34 2F 22 54 59 50 45 3D 78 00",
+     "97 2B 34 2F 54 59 50 45 3D 50 4C 4D 4E 00", "field 0x97: an address was written anew"},
     {"an address that begins with a control character",
      "97 0D EA 05 2F 74 79 70 65 3D 70 6C 6D 6E 00", "97 0D EA 05 2F 54 59 50 45 3D 50 4C 4D 4E 00",
      "field 0x97: an address was written anew"},
