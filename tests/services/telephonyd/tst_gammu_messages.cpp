@@ -237,7 +237,6 @@ private slots:
     }
 };
 
-Q_DECLARE_METATYPE(OutgoingSms)
 
 QTEST_GUILESS_MAIN(TestGammuMessages)
 #include "tst_gammu_messages.moc"

@@ -448,7 +448,5 @@ private:
     quint64 m_id = 0;
 };
 
-Q_DECLARE_METATYPE(OutgoingSms)
-
 QTEST_GUILESS_MAIN(TestGammuModem)
 #include "tst_gammu_modem.moc"

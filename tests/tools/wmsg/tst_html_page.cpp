@@ -626,8 +626,5 @@ void TestHtmlPage::hugePicture()
     QVERIFY(size > (10 << 20) * 4 / 3 && size < (10 << 20) * 4 / 3 + 100000);
 }
 
-Q_DECLARE_METATYPE(Letter)
-Q_DECLARE_METATYPE(MediumKind)
-
 QTEST_GUILESS_MAIN(TestHtmlPage)
 #include "tst_html_page.moc"
