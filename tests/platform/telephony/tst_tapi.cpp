@@ -122,6 +122,7 @@ private slots:
     void refusesToSend();
     void lengths_data();
     void lengths();
+    void aLengthThatWrapsIsNotShort();
     void results();
     void aDaemonThatDoesNotRead();
 
@@ -145,12 +146,14 @@ private slots:
     void nonsenseEndsTheConnection();
     void framesOfAnUnknownType();
     void connectsAgain();
+    void failsUntilItIsWelcome();
     void renewsItsPorts();
     void aPortThatWasLost();
     void repeatsUnfinishedMessages();
     void givesUnfinishedMessagesUp();
     void givesUpWhereNobodyWelcomes();
     void aMessageIsToldOnce();
+    void theLatestMessagesAreRemembered();
     void notWelcomeAgain();
     void goneDuringARequest();
 
@@ -347,6 +350,9 @@ void TestTapi::serviceCenter()
     QVERIFY(TAPI_SMS_GetServiceCenter(m_handle, number, 0) != 0);
     QVERIFY(TAPI_SMS_GetServiceCenter(m_handle, nullptr, 8) != 0);
 
+    const QByteArray longest(43, '1');
+    QCOMPARE(TAPI_SMS_SetServiceCenter(m_handle, longest.constData()), 0);
+    QCOMPARE(m_daemon->takeHeard(), QStringList{"5: 2B " + QString(toHex(longest))});
     QCOMPARE(TAPI_SMS_SetServiceCenter(m_handle, "+49"), 0);
     QCOMPARE(m_daemon->takeHeard(), QStringList{"5: 03 2B 34 39"});
     QCOMPARE(TAPI_SMS_GetServiceCenter(m_handle, number, sizeof number), 0);
@@ -536,6 +542,19 @@ void TestTapi::lengths()
     QVERIFY(TAPI_SMS_CaculatePortNumberSm(nullptr) != 0);
 }
 
+void TestTapi::aLengthThatWrapsIsNotShort()
+{
+    // Two bytes a unit: in 32 bits these would be two bytes.
+    open();
+    const QString text = "a";
+    TAPI_SMS_SM_S sm = smOf(text);
+    sm.msgLength = 0x80000001;
+    qint32 reference = 77;
+    QCOMPARE(TAPI_SMS_CaculateSm(&sm), int(TAPI_TOO_LONG));
+    QCOMPARE(TAPI_SMS_SendSmUnblockMode(m_handle, &sm, &reference), int(TAPI_TOO_LONG));
+    QCOMPARE(reference, 77);
+}
+
 void TestTapi::results()
 {
     open();
@@ -618,7 +637,10 @@ void TestTapi::registersPorts()
     QCOMPARE(TAPI_SMS_RegisterPortNumber(m_handle, 65535, SMS_RECV_MODE_PORTS), 0);
     QCOMPARE(TAPI_SMS_DeregisterPortNumber(m_handle, 2948), 0);
     hears({"3: 84 0B 00", "3: FF FF 01", "4: 84 0B"});
-    QCOMPARE(TAPI_SMS_RegisterPortNumber(m_handle, 1, SMS_RECV_MODE_E(2)), int(TAPI_INVALID));
+    for (int mode : {2, -1, INT_MIN}) {
+        QCOMPARE(TAPI_SMS_RegisterPortNumber(m_handle, 1, SMS_RECV_MODE_E(mode)),
+                 int(TAPI_INVALID));
+    }
     QCOMPARE(TAPI_SMS_RegisterPortNumber(m_handle, 0, SMS_RECV_MODE_ALL), int(TAPI_INVALID));
     QCOMPARE(m_daemon->heard(), QStringList());
 }
@@ -910,6 +932,21 @@ void TestTapi::connectsAgain()
     QCOMPARE(number, "+4366");
 }
 
+void TestTapi::failsUntilItIsWelcome()
+{
+    // The daemon that is back takes its time with the welcome.
+    open();
+    m_daemon->answer(RecordType::Hello, QByteArray());
+    m_daemon->drop();
+    QTRY_COMPARE_WITH_TIMEOUT(m_daemon->heard().size(), 1, 60000);
+    QCOMPARE(send("a"), -1);
+    QCOMPARE(TAPI_SMS_RegisterPortNumber(m_handle, 1, SMS_RECV_MODE_ALL), int(TAPI_NO_SERVICE));
+    m_daemon->send(toFrame(Welcome{kVersion, TAPI_MODEM_READY, "+4366"}));
+    QTRY_COMPARE(m_ear->heard, QStringList({kAbsent, kReady}));
+    QCOMPARE(send("a"), 1);
+    QTRY_COMPARE(m_daemon->heard().size(), 2);
+}
+
 void TestTapi::renewsItsPorts()
 {
     m_handle = TAPI_CLIENT_Init("test", 2);
@@ -918,7 +955,8 @@ void TestTapi::renewsItsPorts()
     m_ear = std::make_unique<Ear>(m_device.get());
     m_device->attach(m_handle);
     QCOMPARE(TAPI_SMS_RegisterPortNumber(m_handle, 2948, SMS_RECV_MODE_PORTS), 0);
-    QCOMPARE(TAPI_SMS_RegisterPortNumber(m_handle, 16, SMS_RECV_MODE_ALL), 0);
+    QCOMPARE(TAPI_SMS_RegisterPortNumber(m_handle, 16, SMS_RECV_MODE_PORTS), 0);
+    QCOMPARE(TAPI_SMS_RegisterPortNumber(m_handle, 16, SMS_RECV_MODE_ALL), 0); // the mode changes
     QCOMPARE(TAPI_SMS_RegisterPortNumber(m_handle, 17, SMS_RECV_MODE_ALL), 0);
     QCOMPARE(TAPI_SMS_DeregisterPortNumber(m_handle, 17), 0);
     m_daemon->takeHeard();
@@ -1015,6 +1053,28 @@ void TestTapi::aMessageIsToldOnce()
     hears(QStringList({answered(1, true), answered(2, true)}));
     QCOMPARE(m_ear->heard.size(), 4);
     QVERIFY(m_ear->heard.last().endsWith("01 00 79"));
+}
+
+void TestTapi::theLatestMessagesAreRemembered()
+{
+    open();
+    constexpr int kCount = 64;
+    QByteArray messages;
+    QStringList answers;
+    for (int id = 1; id <= kCount; ++id) {
+        messages += toFrame(messageOf(quint64(id), "x"));
+        answers += answered(id, true);
+    }
+    m_daemon->send(messages);
+    hears(answers);
+    // No answer has reached the daemon that offers them again.
+    m_daemon->drop();
+    QTRY_COMPARE_WITH_TIMEOUT(m_daemon->heard().size(), 1, 60000);
+    QTRY_COMPARE(m_ear->heard.size(), kCount + 2);
+    m_daemon->takeHeard();
+    m_daemon->send(messages);
+    hears(answers);
+    QCOMPARE(m_ear->heard.size(), kCount + 2);
 }
 
 void TestTapi::notWelcomeAgain()
