@@ -20,6 +20,7 @@ namespace {
 
 constexpr quint8 kHighBit = 0x80;
 constexpr quint8 kLengthQuote = 31;
+constexpr int kQuote = 127; // in front of a text
 constexpr int kLocation = 0x8E;
 constexpr int kContentId = 0xC0;
 constexpr int kRelated = 0x33;
@@ -300,6 +301,7 @@ private:
     }
     bool readTextTo(QByteArray &out)
     {
+        const bool hasQuote = peekByte(m_stream) == kQuote;
         const auto text = readText(m_stream);
         if (!text) {
             return false;
@@ -307,9 +309,9 @@ private:
         if (!text->isPlain) {
             notPlain();
         }
-        // It counts characters there, not bytes, and reads a text to its NUL.
+        // It counts the characters of the text there, not bytes, and reads a text to its NUL.
         const bool hasEnd = m_stream.data[m_stream.pos - 1] == 0;
-        if (!isAscii(text->utf8) || !hasEnd) {
+        if (!isAscii(text->utf8) || hasQuote || !hasEnd) {
             m_type.isPlainInHeader = false;
         }
         out = text->utf8;

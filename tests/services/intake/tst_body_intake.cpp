@@ -224,6 +224,7 @@ void TestBodyIntake::headerTypes_data()
     row("parameters with names", "0F B3 73 74 61 72 74 00 73 00 66 6F 6F 00 62 00",
         "04 B3 8A 73 00");
     row("a quality", "03 A3 80 0B", "A3");
+    row("a quote in front of a text", "05 B3 89 7F 74 00", "04 B3 89 74 00");
     row("a wildcard", "80", "A3");
     row("a wildcard in its long form", "01 80", "A3");
     row("nothing at all", "00", "A3");
