@@ -144,6 +144,7 @@ def talk(world):
 def forward(world, mail):
     code, output, errors = world.example("5-forward", mail, "+15550101")
     require(code == 0 and output == "forwarded\n", f"not forwarded: {output}{errors}")
+    require("Fwd: To keep" in world.wmsg("receive", "--count", "1", "--timeout", "60"), "another message arrived")
     protected = world.work / "locked.dm"
     protected.write_bytes(b"--limit\r\nContent-Type: image/gif\r\nContent-Transfer-Encoding: binary\r\n\r\nGIF89a\r\n--limit--\r\n")
     locked = world.work / "locked.mms"

@@ -237,6 +237,5 @@ private slots:
     }
 };
 
-
 QTEST_GUILESS_MAIN(TestGammuMessages)
 #include "tst_gammu_messages.moc"
