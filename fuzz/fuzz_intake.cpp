@@ -10,6 +10,7 @@
 #include "services/intake/intake.h"
 #include "services/intake/part_header.h"
 #include "services/intake/wire_values.h"
+#include "tests/services/intake/same_result.h"
 
 #include <QtCore/QByteArray>
 
@@ -81,6 +82,8 @@ void check(const uint8_t *data, size_t size, Origin origin)
 {
     const QByteArray input(reinterpret_cast<const char *>(data), static_cast<qsizetype>(size));
     const Result result = takeIn(input, origin);
+    const char *difference = differenceOf(result, takeInAnyForm(input, origin));
+    require(difference == nullptr, difference);
     checkRemarks(result.steps, size);
     checkRemarks(result.lost, size);
     if (result.verdict == Verdict::Readable) {

@@ -334,6 +334,16 @@ MESSAGES = {
     "cut": retrieval(entry(PLAIN, b"a"), entry(b"\x9e", JPEG))[:-5],
     "bytes-behind": retrieval(entry(PLAIN, b"a")) + b"behind\0\0",
     "many": retrieval(*[entry(PLAIN, b"a")] * 130),
+    "plain-fields": notified(
+        TO, field(9, b"\x01\x81"), field(22, counted(b"\xea" + "Grüße\0".encode())),
+        field(8, b"\x03\x81\x01\x3c"), field(14, b"\x02\x10\x00"), field(10, b"\x80"), field(6, b"\x81")),
+    "plain-confirmation": start(0x81) + field(18, b"\x80") + field(19, text("Ok")) + field(11, text("m1")),
+    "plain-delivery": b"\x8c\x86\x8d\x92" + field(11, text("m1")) + TO + field(5, b"\x01\x05") + field(21, b"\x81"),
+    "plain-parts": retrieval(
+        entry(counted(text("application/smil") + b"\x85" + text("s.xml")), b"<smil/>", b"\xc0\"" + text("<s>")),
+        entry(counted(b"\x83\x81\xea\x85" + text("t.txt")), b"t\xc3\xbc", b"\x8e" + text("t.txt")),
+        entry(b"\x83", b"no charset"), entry(text("x-own/type"), b"\xff"), entry(b"\x9e", JPEG, b"\xc0" + text("<i>")),
+        content_type=counted(b"\xb3\x8a" + text("<s>") + b"\x89" + text("application/smil"))),
 }
 
 

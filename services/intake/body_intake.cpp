@@ -25,37 +25,6 @@ constexpr quint8 kHighestShort = 127;
 constexpr quint32 kMostParts = 4000; // that many fit into the multiparts that the codec follows
 constexpr QByteArrayView kMixedPartHeader("\xA3");
 
-/// Where an entry lies, by its own lengths.
-struct Extent {
-    QByteArrayView header;
-    QByteArrayView data;
-    quint32 missing = 0; ///< Bytes of data that are announced and not there.
-};
-
-/// Reads the lengths of an entry and moves behind its data; null when its header is not there.
-std::optional<Extent> readExtent(WSP_Stream &stream)
-{
-    constexpr qint32 kLongestLength = 5;
-    quint32 headerLength = 0;
-    quint32 dataLength = 0;
-    const qint32 start = stream.pos;
-    if (!stream.readUintvar(headerLength) || stream.pos - start > kLongestLength) {
-        return std::nullopt;
-    }
-    const qint32 second = stream.pos;
-    if (!stream.readUintvar(dataLength) || stream.pos - second > kLongestLength
-        || headerLength > quint32(stream.remaining())) {
-        return std::nullopt;
-    }
-    const qint32 data = stream.pos + static_cast<qint32>(headerLength);
-    const quint32 present = qMin(dataLength, quint32(stream.size - data));
-    Extent extent{bytesBetween(stream, stream.pos, data),
-                  bytesBetween(stream, data, data + static_cast<qint32>(present)),
-                  dataLength - present};
-    stream.pos = data + static_cast<qint32>(present);
-    return extent;
-}
-
 bool isZeros(QByteArrayView bytes)
 {
     return std::all_of(bytes.begin(), bytes.end(), [](char c) { return c == 0; });
@@ -143,17 +112,6 @@ std::optional<QByteArray> withoutTransfer(QByteArrayView content, Transfer trans
     return bytes;
 }
 
-/// Whether a text says the same as UTF-8.
-bool isReadable(QByteArrayView bytes, const Charset &charset)
-{
-    if (charset.isUtf16()) {
-        return false;
-    }
-    const bool isCompatible = !charset.isDeclared() || charset.number == Charset::kUtf8
-        || charset.number == Charset::kUsAscii;
-    return isCompatible ? isUtf8(bytes) : charset.keepsAscii() && isAscii(bytes);
-}
-
 /// The charset of a text: what was declared, else what an XML declaration says, which can be read
 /// in a charset of single bytes alone.
 Charset charsetOf(QByteArrayView bytes, const MediaType &type)
@@ -169,10 +127,10 @@ Charset charsetOf(QByteArrayView bytes, const MediaType &type)
 /// The text in UTF-8; null when it is that already.
 std::optional<QByteArray> takeInText(QByteArrayView bytes, const MediaType &type)
 {
-    const Charset sniffed = type.charset.isDeclared() ? Charset() : utf16ByLooks(bytes);
-    if (!sniffed.isDeclared() && isReadable(bytes, type.charset)) {
+    if (isReadableText(bytes, type.charset)) {
         return std::nullopt;
     }
+    const Charset sniffed = type.charset.isDeclared() ? Charset() : utf16ByLooks(bytes);
     QByteArray text = toUtf8(bytes, sniffed.isDeclared() ? sniffed : charsetOf(bytes, type));
     if (text == bytes) {
         return std::nullopt;
@@ -321,6 +279,29 @@ private:
 
 } // namespace
 
+std::optional<Extent> readExtent(WSP_Stream &stream)
+{
+    constexpr qint32 kLongestLength = 5;
+    quint32 headerLength = 0;
+    quint32 dataLength = 0;
+    const qint32 start = stream.pos;
+    if (!stream.readUintvar(headerLength) || stream.pos - start > kLongestLength) {
+        return std::nullopt;
+    }
+    const qint32 second = stream.pos;
+    if (!stream.readUintvar(dataLength) || stream.pos - second > kLongestLength
+        || headerLength > quint32(stream.remaining())) {
+        return std::nullopt;
+    }
+    const qint32 data = stream.pos + static_cast<qint32>(headerLength);
+    const quint32 present = qMin(dataLength, quint32(stream.size - data));
+    Extent extent{bytesBetween(stream, stream.pos, data),
+                  bytesBetween(stream, data, data + static_cast<qint32>(present)),
+                  dataLength - present};
+    stream.pos = data + static_cast<qint32>(present);
+    return extent;
+}
+
 bool beginsMultipart(QByteArrayView body)
 {
     WSP_Stream stream = streamOver(body);
@@ -376,6 +357,17 @@ std::optional<QByteArray> takeInContent(QByteArrayView content, const MediaType 
     }
     journal.step(content.data(), u"a text became UTF-8"_s);
     return text;
+}
+
+bool isReadableText(QByteArrayView bytes, const Charset &charset)
+{
+    const bool looksUtf16 = !charset.isDeclared() && utf16ByLooks(bytes).isDeclared();
+    if (charset.isUtf16() || looksUtf16) {
+        return false;
+    }
+    const bool isCompatible = !charset.isDeclared() || charset.number == Charset::kUtf8
+        || charset.number == Charset::kUsAscii;
+    return isCompatible ? isUtf8(bytes) : charset.keepsAscii() && isAscii(bytes);
 }
 
 Pieces multipartOfOne(const MediaType &type, Pieces content)

@@ -7,11 +7,24 @@
 #include "services/intake/part_header.h"
 #include "services/intake/pieces.h"
 
+#include <WSP_Stream>
+
 #include <QtCore/QByteArrayView>
 
 #include <optional>
 
 namespace wmsg::intake {
+
+/// Where an entry of a multipart lies, by its own lengths.
+struct Extent {
+    QByteArrayView header;
+    QByteArrayView data;
+    quint32 missing = 0; ///< Bytes of data that are announced and not there.
+};
+
+/// readExtent reads the lengths of an entry and moves behind its data; null when its header is not
+/// there.
+std::optional<Extent> readExtent(WSP_Stream &stream);
 
 /// takeInMultipart returns `body`, a multipart with its count in front, as the codec reads it; null
 /// when not even its count is there. `isUnchanged` tells whether these are the bytes given.
@@ -28,6 +41,9 @@ std::optional<Pieces> takeInMultipart(QByteArrayView body, bool &isUnchanged, Jo
 /// in UTF-8; null when the bytes given are that already.
 std::optional<QByteArray> takeInContent(QByteArrayView content, const MediaType &type,
                                         Transfer transfer, Journal &journal);
+
+/// isReadableText tells whether a text of this charset says the same as UTF-8.
+[[nodiscard]] bool isReadableText(QByteArrayView bytes, const Charset &charset);
 
 /// multipartOfOne returns the body of a message that has one part.
 [[nodiscard]] Pieces multipartOfOne(const MediaType &type, Pieces content);

@@ -5,6 +5,7 @@
 
 #include "services/intake/body_intake.h"
 #include "services/intake/header_intake.h"
+#include "services/intake/plain_message.h"
 #include "services/intake/push_envelope.h"
 #include "services/intake/wire_values.h"
 
@@ -22,6 +23,7 @@ constexpr quint8 kReadReport = 0x88;
 constexpr quint8 kReadReportToNetwork = 0x87;
 constexpr quint8 kFirstRetrieveError = 0xC0;
 constexpr quint8 kContentType = 0x84;
+constexpr qsizetype kLargest = std::numeric_limits<qint32>::max() / 2; // positions add up
 constexpr int kHighestShort = 127; // of the numbers that are written in one byte
 
 /// What the codec reads of a message: a content type field and a body, or neither.
@@ -226,11 +228,11 @@ bool readHeader(QByteArrayView bytes, Origin origin, QByteArrayView &pdu, Header
 
 } // namespace
 
-Result takeIn(QByteArrayView bytes, Origin origin)
+Result takeInAnyForm(QByteArrayView bytes, Origin origin)
 {
     Result result;
     Journal journal(bytes, result);
-    if (bytes.size() > std::numeric_limits<qint32>::max() / 2) {
+    if (bytes.size() > kLargest) {
         journal.problem(bytes.data(), u"it is too large for a message"_s);
         return result;
     }
@@ -245,6 +247,15 @@ Result takeIn(QByteArrayView bytes, Origin origin)
     if (result.verdict == Verdict::Readable) {
         result.isUnchanged =
             takeInPdu(pdu, header, result.pdu, journal) && pdu.size() == bytes.size();
+    }
+    return result;
+}
+
+Result takeIn(QByteArrayView bytes, Origin origin)
+{
+    Result result;
+    if (bytes.size() > kLargest || !takeInPlain(bytes, result)) {
+        result = takeInAnyForm(bytes, origin);
     }
     return result;
 }

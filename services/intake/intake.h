@@ -75,4 +75,8 @@ struct Result {
 [[nodiscard]] Result takeIn(QByteArrayView bytes, Origin origin = Origin::Network);
 Result takeIn(const QByteArray &&bytes, Origin origin = Origin::Network) = delete;
 
+/// takeInAnyForm returns what takeIn does, with each field and part read by itself. takeIn leaves
+/// to it what is not plain at first sight.
+[[nodiscard]] Result takeInAnyForm(QByteArrayView bytes, Origin origin);
+
 } // namespace wmsg::intake
