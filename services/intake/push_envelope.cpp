@@ -22,6 +22,8 @@ constexpr quint8 kConfirmedPush = 0x07;
 constexpr quint8 kMessageType = 0x8C;
 constexpr quint8 kConcatenation = 0x00;
 constexpr quint8 kLongConcatenation = 0x08;
+// Behind a longer one a short message has no room for a push; the ids of fields begin there.
+constexpr qsizetype kLongestUserDataHeader = 127;
 constexpr auto kMms = "application/vnd.wap.mms-message";
 
 quint8 byteAt(QByteArrayView bytes, qsizetype i)
@@ -44,22 +46,23 @@ struct UserDataHeader {
 std::optional<UserDataHeader> readUserDataHeader(QByteArrayView bytes)
 {
     UserDataHeader header;
-    header.end = byteAt(bytes, 0) + 1;
-    if (header.end < 3 || header.end >= bytes.size()) {
+    const qsizetype length = byteAt(bytes, 0);
+    header.end = length + 1;
+    if (length < 2 || length > kLongestUserDataHeader || header.end >= bytes.size()) {
         return std::nullopt;
     }
     qsizetype i = 1;
     while (i + 1 < header.end) {
         const quint8 element = byteAt(bytes, i);
-        const quint8 length = byteAt(bytes, i + 1);
-        if (element == kConcatenation && length == 3) {
+        const quint8 size = byteAt(bytes, i + 1);
+        if (element == kConcatenation && size == 3) {
             header.parts = byteAt(bytes, i + 3);
             header.part = byteAt(bytes, i + 4);
-        } else if (element == kLongConcatenation && length == 4) {
+        } else if (element == kLongConcatenation && size == 4) {
             header.parts = byteAt(bytes, i + 4);
             header.part = byteAt(bytes, i + 5);
         }
-        i += 2 + length;
+        i += 2 + size;
     }
     return i == header.end ? std::optional(header) : std::nullopt;
 }

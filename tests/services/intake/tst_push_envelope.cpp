@@ -24,6 +24,7 @@ private slots:
     void unwrapped_data();
     void unwrapped();
     void anyOrder();
+    void versionInFront();
     void refused_data();
     void refused();
 };
@@ -85,6 +86,16 @@ void TestPushEnvelope::anyOrder()
 {
     const QByteArray pdu = fromHex("98 74 00 8D 90 8C 82 83 6C 00");
     const Taken result = taken(fromHex("01 06 01 BE") + pdu);
+    QCOMPARE(result.verdict, Verdict::Readable);
+    QCOMPARE(toHex(result.pdu.joined()), toHex(pdu));
+}
+
+// Its version is no length of a user data header, though elements and a push seem to follow it.
+void TestPushEnvelope::versionInFront()
+{
+    QByteArray pdu = fromHex("8D 90 8B 6D 00 8C 84 98 74 00 84 9E");
+    pdu += QByteArray(0x8D + 1 - pdu.size(), 'x') + push("BE AF 84");
+    const Taken result = taken(pdu);
     QCOMPARE(result.verdict, Verdict::Readable);
     QCOMPARE(toHex(result.pdu.joined()), toHex(pdu));
 }
