@@ -14,11 +14,15 @@ LoopbackModem::LoopbackModem(const LoopbackSettings &settings, QObject *parent)
     m_timer.setTimerType(Qt::PreciseTimer);
     m_timer.setInterval(settings.delay);
     connect(&m_timer, &QTimer::timeout, this, &LoopbackModem::answer);
+    m_absence.setSingleShot(true);
+    m_absence.setTimerType(Qt::PreciseTimer);
+    m_absence.setInterval(settings.absence);
+    connect(&m_absence, &QTimer::timeout, this, &LoopbackModem::appear);
 }
 
 void LoopbackModem::start()
 {
-    QTimer::singleShot(m_settings.absence, Qt::PreciseTimer, this, &LoopbackModem::appear);
+    m_absence.start();
 }
 
 void LoopbackModem::appear()
@@ -77,11 +81,15 @@ IncomingSms LoopbackModem::returned() const
 
 void LoopbackModem::setServiceCenter(const QByteArray &number)
 {
-    QTimer::singleShot(0, this, [this, number] {
-        m_serviceCenter = number;
-        Q_EMIT serviceCenterSet(true);
-        Q_EMIT stateChanged(m_isThere ? TAPI_MODEM_READY : TAPI_MODEM_ABSENT, number);
-    });
+    QMetaObject::invokeMethod(this, "takeServiceCenter", Qt::QueuedConnection,
+                              Q_ARG(QByteArray, number));
+}
+
+void LoopbackModem::takeServiceCenter(const QByteArray &number)
+{
+    m_serviceCenter = number;
+    Q_EMIT serviceCenterSet(true);
+    Q_EMIT stateChanged(m_isThere ? TAPI_MODEM_READY : TAPI_MODEM_ABSENT, number);
 }
 
 } // namespace wmsg::telephonyd

@@ -37,6 +37,7 @@ public:
 private:
     void appear();
     void answer();
+    Q_INVOKABLE void takeServiceCenter(const QByteArray &number);
     [[nodiscard]] SendOutcome outcome();
     [[nodiscard]] IncomingSms returned() const;
 
@@ -46,6 +47,7 @@ private:
     OutgoingSms m_message;
     quint8 m_reference = 0;
     QTimer m_timer;
+    QTimer m_absence;
 };
 
 } // namespace wmsg::telephonyd

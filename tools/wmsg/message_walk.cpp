@@ -286,7 +286,7 @@ bool MessageWalk::walkOther(WSP_Stream &stream, int id)
         return false;
     }
     const QString value = valueInWords(id, bytes(start, stream.pos));
-    mark(stream.pos, fieldName(id), [&] { return value; });
+    mark(stream.pos, fieldName(id), [&value] { return QString(value); });
     keep({start - 1, id, fieldName(id), value});
     return true;
 }
@@ -384,7 +384,7 @@ intake::MediaType MessageWalk::walkPartHeaders(qint32 begin, qint32 end, const Q
 {
     WSP_Stream stream = intake::streamOver(m_file.first(end));
     stream.pos = begin;
-    const intake::MediaType type = intake::readMediaType(stream);
+    intake::MediaType type = intake::readMediaType(stream);
     mark(stream.pos, place, [&] { return u"content type: "_s + inWords(type); });
     const qint32 behind = stream.pos;
     if (byteAt(behind) == kPartCharset && behind < end) {

@@ -70,7 +70,7 @@ bool addPairs(QByteArrayView line, QByteArray &out)
         if (line[i] == ' ' || line[i] == '\t' || line[i] == '\r') {
             ++i;
         } else if (i + 1 < line.size() && isHex(line[i]) && isHex(line[i + 1])) {
-            out.append(static_cast<char>(hexValue(line[i]) << 4 | hexValue(line[i + 1])));
+            out.append(static_cast<char>(hexValue(line[i]) * 16 + hexValue(line[i + 1])));
             i += 2;
         } else {
             return false;
