@@ -398,7 +398,8 @@ void TestHtmlPage::withoutPresentation()
                                 page.indexOf(">three</p>"), page.indexOf("cannot be shown")};
     QVERIFY(places[0] > 0);
     QVERIFY(std::is_sorted(std::begin(places), std::end(places)));
-    QVERIFY(page.contains("<tr><td>3.1</td><td><bdi>part 3.1</bdi>"));
+    const QByteArray place = "3.1"; // the first of the third
+    QVERIFY(page.contains("<tr><td>" + place + "</td><td><bdi>part " + place + "</bdi>"));
     QVERIFY(page.contains("4 parts"));
 }
 
