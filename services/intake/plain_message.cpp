@@ -6,6 +6,8 @@
 #include "services/intake/body_intake.h"
 #include "services/intake/wire_values.h"
 
+#include <mms/codec/mms_hdr_s.h>
+
 #include <algorithm>
 #include <array>
 
@@ -32,32 +34,11 @@ namespace wmsg::intake {
 
 namespace {
 
-enum Id : quint8 {
-    Bcc = 0x81,
-    Cc,
-    ContentLocation,
-    ContentType,
-    Date,
-    DeliveryReport,
-    DeliveryTime,
-    Expiry,
-    From,
-    MessageClass,
-    MessageId,
-    MessageType,
-    Version,
-    MessageSize,
-    Priority,
-    ReadReply,
-    ReportAllowed,
-    ResponseStatus,
-    ResponseText,
-    SenderVisibility,
-    Status,
-    Subject,
-    To,
-    TransactionId,
-};
+/// The byte that a field begins with.
+constexpr quint8 onWire(MMS_FIELD_ID_E id)
+{
+    return 0x80 | id;
+}
 
 enum Type : quint8 {
     SendConfirmation = 0x81,
@@ -280,12 +261,12 @@ public:
     bool readAll()
     {
         // A push has its mark where the type stands, and no type looks like it.
-        if (peekByte(m_stream) != MessageType) {
+        if (peekByte(m_stream) != onWire(MMS_FIELD_MSG_TYPE)) {
             return false;
         }
         quint8 id = 0;
         while (m_stream.readByte(id)) {
-            if (id == ContentType) {
+            if (id == onWire(MMS_FIELD_CONTENT_TYPE)) {
                 return readContentType() && isPlainBody(m_stream) && isUsable();
             }
             if (!readValue(id)) {
@@ -311,41 +292,41 @@ private:
     {
         quint8 code = 0;
         switch (id) {
-        case Bcc:
-        case Cc:
-        case To:
+        case onWire(MMS_FIELD_BCC):
+        case onWire(MMS_FIELD_CC):
+        case onWire(MMS_FIELD_TO):
             return isPlainAddress(readPlainText(m_stream));
-        case From:
+        case onWire(MMS_FIELD_FROM):
             return readFrom();
-        case ContentLocation:
+        case onWire(MMS_FIELD_CONTENT_LOCATION):
             return readTextTo(m_location) && !m_location.contains(' ');
-        case MessageId:
+        case onWire(MMS_FIELD_MSG_ID):
             return readTextTo(m_messageId);
-        case TransactionId:
+        case onWire(MMS_FIELD_TRANSACTION_ID):
             return readTextTo(m_transactionId);
-        case Subject:
-        case ResponseText:
+        case onWire(MMS_FIELD_SUBJECT):
+        case onWire(MMS_FIELD_RESPONSE_TEXT):
             return readEncoded();
-        case Date:
-        case MessageSize:
-        case Version:
+        case onWire(MMS_FIELD_DATE):
+        case onWire(MMS_FIELD_MSG_SIZE):
+        case onWire(MMS_FIELD_VERSION):
             return readNumber(m_stream).has_value();
-        case DeliveryTime:
-        case Expiry:
+        case onWire(MMS_FIELD_DELIVERY_TIME):
+        case onWire(MMS_FIELD_EXPIRY):
             return readTime();
-        case DeliveryReport:
-        case ReadReply:
-        case ReportAllowed:
-        case SenderVisibility:
+        case onWire(MMS_FIELD_DELIVERY_REPORT):
+        case onWire(MMS_FIELD_READ_REPORT):
+        case onWire(MMS_FIELD_REPORT_ALLOWED):
+        case onWire(MMS_FIELD_SENDER_VISIBILITY):
             return readCode(code) && (code == kFirstToken || code == kSecondToken);
-        case MessageClass:
-        case Priority:
+        case onWire(MMS_FIELD_MSG_CLASS):
+        case onWire(MMS_FIELD_PRIORITY):
             return readCode(code);
-        case MessageType:
+        case onWire(MMS_FIELD_MSG_TYPE):
             return readCode(m_type);
-        case ResponseStatus:
+        case onWire(MMS_FIELD_RESPONSE_STATUS):
             return readCode(m_responseStatus);
-        case Status:
+        case onWire(MMS_FIELD_MSG_STATUS):
             return readCode(m_messageStatus);
         default:
             return false;
