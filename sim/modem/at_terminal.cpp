@@ -81,6 +81,7 @@ void AtTerminal::takeOfText(char byte)
 {
     if (byte == kEscape) {
         m_line.clear();
+        m_isTooLong = false;
         finish({});
     } else if (byte == kEnd) {
         m_state = State::Busy;

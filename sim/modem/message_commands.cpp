@@ -98,7 +98,7 @@ const MessageCommands::Row MessageCommands::kRows[] = {
 // clang-format on
 
 MessageCommands::MessageCommands(const Settings &settings, Network &network, QObject *parent)
-    : QObject(parent), m_network(network), m_initialServiceCentre(settings.serviceCentre),
+    : QObject(parent), m_network(network),
       m_serviceCentre(settings.serviceCentre), m_stores{MessageStore(settings.places),
                                                         MessageStore(settings.places)}
 {

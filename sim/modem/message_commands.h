@@ -96,7 +96,6 @@ private:
     AtAnswer write(const AtCommand &command); // +CMGW
 
     AtAnswer ask(const AtCommand &command);
-    AtAnswer submit(const QByteArray &pdu);
     AtAnswer submitOrStore(const QByteArray &text, bool isWhole);
     AtAnswer submission(const QByteArray &answer, const QByteArray &pdu);
     AtAnswer setMemories(const AtCommand &command);
@@ -107,7 +106,6 @@ private:
     MessageStore &store(int role);
 
     Network &m_network;
-    QByteArray m_initialServiceCentre;
     QByteArray m_serviceCentre;
     std::array<MessageStore, 2> m_stores; // of kStoreNames
     std::array<int, 3> m_memory = {}; // to read, to write, and of what comes

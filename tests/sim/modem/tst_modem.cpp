@@ -264,6 +264,15 @@ private slots:
         QCOMPARE(ModemLine::shown(world.line->readTo("OK\r\n")), QByteArray("OK"));
         QCOMPARE(world.modem.network().accepted(), 0);
     }
+    void nothingIsLeftOfATextThatIsGivenUp()
+    {
+        World world(settings());
+        QCOMPARE(world.ask("AT+CMGS=12"), QByteArray("> "));
+        world.line->write(QByteArray(1100, '0'));
+        world.line->write("\x1B");
+        QVERIFY(world.line->readTo("\r\nOK\r\n").endsWith("\r\nOK\r\n"));
+        QCOMPARE(world.ask("AT"), QByteArray("OK"));
+    }
 
     void noServiceCentre()
     {
