@@ -606,6 +606,31 @@ TPDUS = {
 }
 
 
+def sent(tpdu, end=b"\x1a", count=None):
+    pdu = (CENTRE + tpdu).hex().upper().encode()
+    return b"AT+CMGS=%d\r" % (len(tpdu) if count is None else count) + pdu + end
+
+
+MODEM_LINES = {
+    "hello": b"\x1bAT\rATE1\rAT+CMEE=1\rAT+CGMM\rAT+CGMI;+CGMR;+CGSN\rATI\rAT+CPIN?\rAT+CREG?\r",
+    "several": b"ATE0V1 X4&C1S0=0S3?+CMEE=1;+CNMI=2,1\r",
+    "messages": b'AT+CSMS=0;+CMGF=0;+CPMS="SM","ME";+CSCA?\rAT+CNMI=?\rAT+CNMI=2,2,0,0\rAT+CMGL=4\rAT+CMGD=1,4\r',
+    "send": sent(submit(HELLO)),
+    "send-and-go-on": sent(submit(HELLO)) + b"AT+CMGR=1\r" + sent(submit(HELLO)) + b"AT\r",
+    "send-nothing": b"AT+CMGS=20\r\x1bAT\r",
+    "send-other-length": sent(submit(HELLO), count=9),
+    "send-no-hex": b"AT+CMGS=10\rhello\x1a",
+    "send-too-long": b"AT+CMGS=10\r" + b"0" * 1100 + b"\x1a",
+    "send-too-long-given-up": b"AT+CMGS=10\r" + b"0" * 1100 + b"\x1bAT\r",
+    "store-and-send": sent(submit(HELLO)).replace(b"S=", b"W=") + b"AT+CMSS=1\rAT+CMGR=1\rAT+CMGL=2;+CPMS?\r",
+    "centre": b'AT+CSCA="15550100",145\rAT+CSCA?\rAT+CSCA=""\rAT+CSCA="a"\r',
+    "quoted": b'AT+CPIN="1,2;3"\rAT+CPMS="SM\r',
+    "edited": b"ATX\b\bT+CG\bSN\r\n\0\x1a",
+    "too-long": b"AT" + b"E1" * 600 + b"\r",
+    "unknown": b"hello\rAT#X\rAT+NONE\rAT+\rAT&\rATS\rAT+CMGL=?1\rATV0\r",
+}
+
+
 # What clients say to the telephony daemon.
 HELLO = TELEPHONY_RECORDS["hello"]
 TELEPHONY_TALKS = {
@@ -666,6 +691,7 @@ if __name__ == "__main__":
     write("concatenation", CONCATENATIONS)
     write("intake", MESSAGES)
     write("tpdu", TPDUS)
+    write("modem_line", MODEM_LINES)
     write("drm_message", DRM_MESSAGES)
     write("drm_content1", DRM_CONTENT1)
     write("drm_content2", DRM_CONTENT2)
