@@ -76,6 +76,13 @@ class World:
                     process.wait()
 
 
+def read_lengths():
+    """An example is read in one go."""
+    for path in (ROOT / "examples").rglob("*.*"):
+        lines = len(path.read_text(encoding="utf-8").splitlines())
+        require(lines < 150, f"{path} has {lines} lines")
+
+
 def build(world, compiler, flags):
     for command in (["cmake", "-S", ROOT / "examples", "-B", world.examples, "-G", "Ninja",
                      f"-DCMAKE_PREFIX_PATH={world.prefix}", f"-DCMAKE_CXX_COMPILER={compiler}", f"-DCMAKE_CXX_FLAGS={flags}"],
@@ -207,6 +214,7 @@ def main():
     work.mkdir()
     world = World(work, installed / "prefix", libraries)
     try:
+        read_lengths()
         build(world, compiler, flags)
         mail = keep(world)
         box(world, "send 2 up-rate=2000")
