@@ -128,6 +128,7 @@ def analyse_all(program, rows, folder, root=lint_files.ROOT):
 
 
 def check(build, wanted):
+    os.nice(10)  # the tests beside it wait for programs, and this one waits for nothing
     program = analyser()
     version = subprocess.run([program, "--version"], capture_output=True, text=True, check=True).stdout
     rows = {path: row for path, row in commands(build).items() if not wanted or path in wanted}
