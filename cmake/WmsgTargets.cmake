@@ -120,7 +120,7 @@ function(wmsg_add_test source)
     set_target_properties(${name} PROPERTIES AUTOMOC OFF)
     set(moc ${CMAKE_CURRENT_BINARY_DIR}/${name}.moc)
     add_custom_command(OUTPUT ${moc} DEPENDS ${source} VERBATIM
-        COMMAND Qt6::moc ${CMAKE_CURRENT_SOURCE_DIR}/${source} -o ${moc})
+        COMMAND Qt6::moc --no-notes ${CMAKE_CURRENT_SOURCE_DIR}/${source} -o ${moc})
     target_sources(${name} PRIVATE ${moc})
     target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR} ${CMAKE_CURRENT_BINARY_DIR})
     target_compile_definitions(${name} PRIVATE WMSG_TEST_DATA="${PROJECT_SOURCE_DIR}/tests/data")
