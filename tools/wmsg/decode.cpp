@@ -6,6 +6,7 @@
 #include "tools/wmsg/colours.h"
 #include "tools/wmsg/decoded_file.h"
 #include "tools/wmsg/files.h"
+#include "tools/wmsg/hex_text.h"
 #include "tools/wmsg/hex_view.h"
 #include "tools/wmsg/html_file.h"
 #include "tools/wmsg/html_page.h"
@@ -120,8 +121,12 @@ bool Decoder::decodeFile(const QByteArray &path)
         complain(file.name + u": "_s + problem);
         return false;
     }
-    const bool isText = !m_options.strict && (m_options.as == "auto" || m_options.as == "sms");
-    const QList<HexLine> lines = isText ? hexLines(file.bytes.view()) : QList<HexLine>();
+    const bool mayBeHex = !m_options.strict && (m_options.as == "auto" || m_options.as == "sms");
+    const QList<HexLine> lines = mayBeHex ? hexLines(file.bytes.view()) : QList<HexLine>();
+    if (lines.isEmpty() && mayBeHex && isPlainText(file.bytes.view())) {
+        complain(file.name + u": is a text that spells no message in hex"_s);
+        return false;
+    }
     if (lines.isEmpty()) {
         return decodeBytes(file, path, false);
     }
@@ -366,8 +371,8 @@ void addDecode(CLI::App &program, int &exitCode)
     command
         ->add_option(
             "FILE", options->files,
-            "PDU, push, mail file or short message (also in hex, as modems log them), told "
-            "apart by content; - is standard input")
+            "PDU, push, mail file or short message (also in hex, as a modem's log or a dump has "
+            "them), told apart by content; - is standard input")
         ->required()
         ->type_name("");
     command->add_option("--as", options->as, "Take the files as this instead of looking at them")

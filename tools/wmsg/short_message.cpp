@@ -16,82 +16,6 @@ namespace wmsg::cli {
 namespace {
 
 constexpr quint16 kPushPort = 2948;
-constexpr qsizetype kShortestRun = 22; // digits; the number of a SIM is shorter
-
-int hexValue(char c)
-{
-    if (c >= '0' && c <= '9') {
-        return c - '0';
-    }
-    const char lower = static_cast<char>(c | 0x20);
-    return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
-}
-
-bool isHex(char c)
-{
-    return hexValue(c) >= 0;
-}
-
-bool isText(QByteArrayView file)
-{
-    return std::all_of(file.begin(), file.end(), [](char c) {
-        return (c >= 0x20 && c < 0x7F) || c == '\n' || c == '\r' || c == '\t' || c == 0x1A;
-    });
-}
-
-bool isWordCharacter(char c)
-{
-    return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_';
-}
-
-/// The longest run of hex digits in a line that is a word of its own.
-QByteArrayView longestRun(QByteArrayView line)
-{
-    QByteArrayView longest;
-    for (qsizetype begin = 0; begin < line.size();) {
-        qsizetype end = begin;
-        bool isRun = true;
-        while (end < line.size() && isWordCharacter(line[end])) {
-            isRun = isRun && isHex(line[end]);
-            ++end;
-        }
-        if (isRun && end - begin > longest.size() && (end - begin) % 2 == 0) {
-            longest = line.sliced(begin, end - begin);
-        }
-        begin = std::max(end, begin + 1);
-    }
-    return longest.size() >= kShortestRun ? longest : QByteArrayView();
-}
-
-/// Appends the bytes of a line that holds nothing but pairs of digits and a comment.
-bool addPairs(QByteArrayView line, QByteArray &out)
-{
-    for (qsizetype i = 0; i < line.size() && line[i] != '#';) {
-        if (line[i] == ' ' || line[i] == '\t' || line[i] == '\r') {
-            ++i;
-        } else if (i + 1 < line.size() && isHex(line[i]) && isHex(line[i + 1])) {
-            out.append(static_cast<char>(hexValue(line[i]) * 16 + hexValue(line[i + 1])));
-            i += 2;
-        } else {
-            return false;
-        }
-    }
-    return true;
-}
-
-QList<QByteArrayView> linesOf(QByteArrayView text)
-{
-    QList<QByteArrayView> lines;
-    qsizetype begin = 0;
-    while (begin < text.size()) {
-        const qsizetype found = text.indexOf('\n', begin);
-        const qsizetype end = found < 0 ? text.size() : found;
-        lines.append(text.sliced(begin, end - begin));
-        begin = end + 1;
-    }
-    return lines;
-}
-
 /// A TPDU that begins at `start`, in the direction that its first octet tells.
 ShortMessageResult readAt(QByteArrayView bytes, const std::optional<smspdu::ServiceCentre> &centre)
 {
@@ -126,28 +50,6 @@ ShortMessageResult readShortMessage(QByteArrayView bytes)
     }
     ShortMessageResult with = readAt(bytes, centre);
     return with.message || with.offset > without.offset ? with : without;
-}
-
-QList<HexLine> hexLines(QByteArrayView file)
-{
-    if (!isText(file)) {
-        return {};
-    }
-    const QList<QByteArrayView> lines = linesOf(file);
-    QList<HexLine> found;
-    QByteArray all;
-    bool isPairs = true;
-    for (qsizetype i = 0; i < lines.size(); ++i) {
-        const QByteArrayView run = longestRun(lines[i]);
-        if (!run.isEmpty()) {
-            found.append({static_cast<int>(i) + 1, QByteArray::fromHex(run.toByteArray())});
-        }
-        isPairs = isPairs && addPairs(lines[i], all);
-    }
-    // Without a short message in its first line a text of pairs is one dump in lines.
-    const bool isDump = isPairs && !all.isEmpty()
-        && (found.isEmpty() || !readShortMessage(found.first().bytes).message);
-    return isDump ? QList<HexLine>{{0, all}} : found;
 }
 
 QString JoinedMessage::text() const

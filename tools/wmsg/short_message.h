@@ -37,17 +37,6 @@ struct ShortMessageResult {
 /// centre in front, that fills `bytes`.
 [[nodiscard]] ShortMessageResult readShortMessage(QByteArrayView bytes);
 
-/// Bytes that a text spells in hex.
-struct HexLine {
-    int line = 0; ///< From 1; 0 when they are the whole text.
-    QByteArray bytes;
-};
-
-/// hexLines returns what a text holds in hex: each line of a modem's log that has such a run of at
-/// least 11 bytes, or all of a text that holds nothing but pairs of hex digits and, behind a "#",
-/// comments, when its first line is no short message. Nothing for any other file.
-[[nodiscard]] QList<HexLine> hexLines(QByteArrayView file);
-
 /// Short messages that belong together, in the order of their parts; usually just one.
 struct JoinedMessage {
     QList<ShortMessage> messages;

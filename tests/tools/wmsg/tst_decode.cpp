@@ -268,7 +268,11 @@ void TestDecode::foreignFiles()
     desk.write("archive.zip", fromHex("504B030414000000080000000000"));
     desk.write("program", fromHex("7F454C460201010000000000000000000200"));
     desk.write("zeros", QByteArray(1000, '\0'));
-    for (const char *name : {"page.html", "photo.jpg", "archive.zip", "program", "zeros"}) {
+    const Run text = desk.run({"decode", "page.html"});
+    QCOMPARE(text.exitCode, 1);
+    QCOMPARE(text.errorLine(), "wmsg: page.html: is a text that spells no message in hex");
+    QCOMPARE(text.out, QString());
+    for (const char *name : {"photo.jpg", "archive.zip", "program", "zeros"}) {
         const Run run = desk.run({"decode", name});
         QCOMPARE(run.exitCode, 1);
         QVERIFY2(run.errorLine().startsWith(QString("wmsg: %1: result 1").arg(name)),

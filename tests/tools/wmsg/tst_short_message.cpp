@@ -38,32 +38,6 @@ const ReadRow kRead[] = {
      "the short message ends inside its user data"},
     {"a byte behind it",                  SUBMIT "00",      -1, 11, "there is a byte behind the short message"},
 };
-
-struct TextRow {
-    const char *name;
-    const char *text;
-    const char *lines; // "number: bytes|..."
-};
-const TextRow kTexts[] = {
-    {"no hex",              "Hello, this is a text.\n", ""},
-    {"bytes",               "\x01\x02 0123456789ABCDEF01234567", ""},
-    {"a short run",         "0123456789ABCDEF0123\n", "0: 01 23 45 67 89 AB CD EF 01 23"},
-    {"the number of a SIM", "+CCID: 89430301234567890123\n", ""},
-    {"pairs",               "8C 82 # notification\n98 7400\n", "0: 8C 82 98 74 00"},
-    {"half a pair",         "8C 8\n", ""},
-    {"only comments",       "# 8C 82\n", ""},
-    {"a modem's log",
-     "AT+CMGL=4\r\n+CMGL: 1,1,,24\r\n" "0001000581214 3F5000001\r\n"
-     "00012A0581 00\r\n00012A05812143F500000161\r\nOK\r\n",
-     "5: 00 01 2A 05 81 21 43 F5 00 00 01 61"},
-    {"behind a prompt",     "> 012a05812143f500000161\x1a\n", "1: 01 2A 05 81 21 43 F5 00 00 01 61"},
-    {"a word with hex",     "x012A05812143F500000161\n", ""},
-    {"an odd count",        "012A05812143F50000016\n", ""},
-    {"a dump in lines",     "8C8298740083687474703A2F2F612F\n31008D90\n",
-     "0: 8C 82 98 74 00 83 68 74 74 70 3A 2F 2F 61 2F 31 00 8D 90"},
-    {"messages in lines",   "012A05812143F500000161\n012B05812143F500000161\n",
-     "1: 01 2A 05 81 21 43 F5 00 00 01 61|2: 01 2B 05 81 21 43 F5 00 00 01 61"},
-};
 // clang-format on
 
 /// A part of a message in UCS-2.
@@ -91,8 +65,6 @@ class TestShortMessage : public QObject {
 private slots:
     void read_data();
     void read();
-    void lines_data();
-    void lines();
     void joined();
     void joinedAcrossCharacters();
     void keptApart();
@@ -118,25 +90,6 @@ void TestShortMessage::read()
     QCOMPARE(result.message ? int(result.message->tpdu.kind) : -1, expected.kind);
     QCOMPARE(result.message ? int(result.message->start()) : int(result.offset), expected.start);
     QCOMPARE(toHex(result.message ? result.message->bytes : bytes), toHex(bytes));
-}
-
-void TestShortMessage::lines_data()
-{
-    QTest::addColumn<int>("row");
-    for (size_t i = 0; i < std::size(kTexts); ++i) {
-        QTest::newRow(kTexts[i].name) << int(i);
-    }
-}
-
-void TestShortMessage::lines()
-{
-    QFETCH(int, row);
-    QStringList found;
-    const QList<HexLine> lines = hexLines(kTexts[row].text);
-    for (const HexLine &line : lines) {
-        found += QString::number(line.line) + ": " + QString::fromLatin1(toHex(line.bytes));
-    }
-    QCOMPARE(found.join('|'), QString(kTexts[row].lines));
 }
 
 void TestShortMessage::joined()
