@@ -89,6 +89,7 @@ private:
     Detail m_detail;
     PartFiles m_partFiles;
     ShortMessageJoiner m_joiner;
+    QString m_pageOf; // the message that is on the page
     bool m_isFirst = true;
 };
 
@@ -106,6 +107,11 @@ int Decoder::run()
         isFine = decodeFile(QByteArray::fromStdString(path)) && isFine;
     }
     isFine = tellIncomplete() && isFine;
+    if (isFine && !m_options.page.empty() && m_pageOf.isNull()) {
+        complain(shownName(QByteArray::fromStdString(m_options.files.front()))
+                 + u": has no multimedia message to show on a page"_s);
+        isFine = false;
+    }
     return finishOutput() && isFine ? ExitFine : ExitBadInput;
 }
 
@@ -318,6 +324,11 @@ bool Decoder::savesParts(const DecodedFile &file)
 
 bool Decoder::writesPage(const QByteArray &path, const DecodedFile &file)
 {
+    if (!m_pageOf.isNull()) {
+        complain(file.name + u": is not on the page, which shows one message: "_s + m_pageOf);
+        return false;
+    }
+    m_pageOf = file.name;
     const QByteArray target = QByteArray::fromStdString(m_options.page);
     HtmlFile page(target, m_options.force, path);
     const QString problem = saveHtmlPage(page, file);

@@ -15,6 +15,8 @@ private slots:
     void besideOtherViews();
     void standardInput();
     void ofAFailure();
+    void ofTheFirstMessage();
+    void ofNoMessage();
     void refuses_data();
     void refuses();
     void force();
@@ -73,6 +75,33 @@ void TestHtmlFile::ofAFailure()
     const Run run = desk.run({"decode", "--strict", "cut-in-picture", "--html", "page.html"});
     QCOMPARE(run.exitCode, 1);
     QVERIFY(desk.read("page.html").contains("class=\"card bad\"><bdi>cut-in-picture: result 111 "));
+}
+
+// One file in hex may hold several messages. None takes the place of another, also by force.
+void TestHtmlFile::ofTheFirstMessage()
+{
+    const Desk desk;
+    desk.bring("pdu/retrieve-confirmation");
+    desk.bring("pdu/notification");
+    desk.write("m",
+               desk.read("retrieve-confirmation").toHex() + "\n\n"
+                   + desk.read("notification").toHex() + "\n# end\n");
+    const Run run = desk.run({"decode", "m", "--force", "--html", "page.html"});
+    QCOMPARE(run.exitCode, 1);
+    QCOMPARE(run.errorLine(),
+             "wmsg: m line 3: is not on the page, which shows one message: m line 1");
+    QVERIFY(desk.read("page.html").contains("Look!</p>"));
+}
+
+void TestHtmlFile::ofNoMessage()
+{
+    const Desk desk;
+    desk.write("m", "012A05812143F500000161\n"); // a short message
+    const Run run = desk.run({"decode", "m", "--html", "page.html"});
+    QCOMPARE(run.exitCode, 1);
+    QCOMPARE(run.errorLine(), "wmsg: m: has no multimedia message to show on a page");
+    QVERIFY(run.out.contains("  Text               \"a\"\n"));
+    QVERIFY(!desk.folder().exists("page.html"));
 }
 
 void TestHtmlFile::refuses_data()
