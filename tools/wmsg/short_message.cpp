@@ -99,16 +99,22 @@ bool JoinedMessage::isPush() const
 QString JoinedMessage::missingParts() const
 {
     QStringList missing;
-    qsizetype next = 0;
-    for (int part = 1; part <= total; ++part) {
-        const bool isThere = next < messages.size()
-            && messages[next].tpdu.concatenation().value_or(smspdu::Concatenation()).part == part;
-        if (isThere) {
-            ++next;
-        } else {
+    const auto add = [&missing](int from, int to) {
+        if (to - from >= 2) {
+            missing += u"%1 to %2"_s.arg(from).arg(to);
+            return;
+        }
+        for (int part = from; part <= to; ++part) {
             missing += QString::number(part);
         }
+    };
+    int next = 1;
+    for (const ShortMessage &message : messages) {
+        const int part = message.tpdu.concatenation().value_or(smspdu::Concatenation()).part;
+        add(next, part - 1);
+        next = part + 1;
     }
+    add(next, total);
     return missing.join(u", "_s) + u" of %1"_s.arg(total);
 }
 

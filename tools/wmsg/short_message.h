@@ -51,7 +51,7 @@ struct JoinedMessage {
     /// isPush tells of one or more that carry a push with an MMS PDU, or any push to the port of
     /// pushes.
     [[nodiscard]] bool isPush() const;
-    /// "2 of 3" and the like: the parts that are not there.
+    /// "2 of 3", "1, 4 to 9 of 9" and the like: the parts that are not there.
     [[nodiscard]] QString missingParts() const;
 };
 

@@ -81,8 +81,9 @@ QString titleOf(const JoinedMessage &message)
     QString title = printable(first.source) + u": "_s + kindInWords(message.first().kind);
     if (message.total > 1) {
         title += message.isWhole() ? u" in %1 parts"_s.arg(message.total)
-                                   : u" in %1 parts, of which %2 are there"_s.arg(message.total)
-                                         .arg(message.messages.size());
+                                   : u" in %1 parts, of which %2 %3 there"_s.arg(message.total)
+                                         .arg(message.messages.size())
+                                         .arg(message.messages.size() == 1 ? u"is"_s : u"are"_s);
     }
     qsizetype size = 0;
     for (const ShortMessage &part : message.messages) {

@@ -131,6 +131,9 @@ void TestShortMessage::incomplete()
     QCOMPARE(left.size(), 2);
     QCOMPARE(left[0].missingParts(), "1, 3, 4 of 4");
     QCOMPARE(left[1].missingParts(), "2 of 2");
+    QVERIFY(!joiner.add(partOf(8, 255, 254, fromHex("0062"))));
+    QVERIFY(!joiner.add(partOf(8, 255, 3, fromHex("0062"))));
+    QCOMPARE(joiner.takeIncomplete()[0].missingParts(), "1, 2, 4 to 253, 255 of 255");
     QVERIFY(!left[0].isWhole());
     QVERIFY(!left[0].isPush());
     QVERIFY(joiner.takeIncomplete().isEmpty());
