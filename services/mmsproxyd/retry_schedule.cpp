@@ -3,8 +3,6 @@
 
 #include "services/mmsproxyd/retry_schedule.h"
 
-#include <QtCore/QDateTime>
-
 #include <algorithm>
 
 namespace wmsg::proxy {
@@ -28,11 +26,6 @@ RetrySchedule::Pause RetrySchedule::remaining(qint64 due, qint64 now, int failur
     }
     const bool isPlausible = due - lastingPauseAfter(failures).count() <= now;
     return isPlausible ? Pause(due - now) : Pause(0);
-}
-
-qint64 currentTime()
-{
-    return QDateTime::currentMSecsSinceEpoch();
 }
 
 } // namespace wmsg::proxy

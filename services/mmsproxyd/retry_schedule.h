@@ -3,6 +3,8 @@
 
 #pragma once
 
+#include "services/common/time_of_day.h"
+
 #include <QtCore/QtGlobal>
 
 #include <chrono>
@@ -37,7 +39,6 @@ private:
     std::vector<Pause> m_pauses;
 };
 
-/// The time of day in milliseconds since 1970.
-[[nodiscard]] qint64 currentTime();
+using service::currentTime;
 
 } // namespace wmsg::proxy
