@@ -4,15 +4,15 @@
 #include "services/mmsproxyd/config.h"
 
 #include "services/common/option_checks.h"
+#include "services/common/program_options.h"
 #include "services/mmsproxyd/config_checks.h"
-
-#include <CLI/CLI.hpp>
 
 #include <QtCore/QDir>
 #include <QtCore/QSet>
 
 #include <algorithm>
 #include <string>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -20,14 +20,11 @@ namespace wmsg::proxy {
 
 namespace {
 
+using service::addText;
+using service::check;
+
 constexpr const char *kAbout =
     "Moves multimedia messages between the applications of a phone and its MMSC.";
-constexpr const char *kFooter =
-    "Every option but --config, --help and --version can stand in the file, as NAME = VALUE\n"
-    "without the dashes; values with blanks or commas want quotes.\n"
-    "Exit codes: 0 stopped by a signal; 1 it cannot run, with a line on standard error that says\n"
-    "why; 2 an option or a line of the file is wrong.";
-
 constexpr qint64 kSmallestLimit = 1024;
 constexpr qint64 kLargestLimit = qint64(100) * 1024 * 1024;
 constexpr size_t kMostPauses = 100;
@@ -42,17 +39,6 @@ struct Typed {
     int connectTimeout = 0;
     int stallTimeout = 0;
 };
-
-CLI::Validator check(std::string (*function)(const std::string &))
-{
-    return CLI::Validator([function](std::string &text) { return function(text); }, "");
-}
-
-CLI::Option *addText(CLI::App &app, const char *name, std::string &value, const char *type,
-                     const char *about)
-{
-    return app.add_option(name, value, about)->type_name(type);
-}
 
 void addSockets(CLI::App &app, Typed &typed)
 {
@@ -152,7 +138,7 @@ Typed defaultsOf(const Config &config)
     typed.settingsSocket = config.settingsSocket.toStdString();
     typed.pushSocket = config.pushSocket.toStdString();
     typed.socketMode = "600";
-    typed.spool = defaultSpool().toStdString();
+    typed.spool = service::defaultSpoolOf("mmsproxyd"_L1).toStdString();
     typed.userAgent = "wmsg/" WMSG_VERSION;
     typed.connectTimeout = static_cast<int>(config.connectTimeout.count());
     typed.stallTimeout = static_cast<int>(config.stallTimeout.count());
@@ -206,37 +192,20 @@ void checkTogether(const Typed &typed)
 
 ConfigReading readConfig(int argc, const char *const *argv)
 {
-    ConfigReading reading;
-    Typed typed = defaultsOf(reading.config);
+    Config config;
+    Typed typed = defaultsOf(config);
     CLI::App app(kAbout, "wmsg-mmsproxyd");
-    app.set_version_flag("--version", "wmsg-mmsproxyd " WMSG_VERSION, "Print the version and end");
-    app.set_config("--config", "", "Read options from FILE")->type_name("FILE");
-    app.allow_config_extras(CLI::config_extras_mode::error);
-    app.footer(kFooter);
+    service::addCommonOptions(app, "Read options from FILE");
+    app.footer(service::kDaemonFooter);
     addSockets(app, typed);
     addNetwork(app, typed);
-    addMessages(app, typed, reading.config);
-    addLog(app, typed, reading.config);
-    try {
-        app.parse(argc, argv);
+    addMessages(app, typed, config);
+    addLog(app, typed, config);
+    auto reading = service::readOptions(app, argc, argv, [&typed, &config] {
         checkTogether(typed);
-        apply(typed, reading.config);
-        reading.kind = ConfigReading::Run;
-    } catch (const CLI::CallForHelp &) {
-        reading.kind = ConfigReading::Print;
-        reading.text = QString::fromStdString(app.help());
-    } catch (const CLI::CallForVersion &wish) {
-        reading.kind = ConfigReading::Print;
-        reading.text = QString::fromUtf8(wish.what()) + u'\n';
-    } catch (const CLI::Error &error) {
-        reading.text = service::optionError(error.what()) + u" (see wmsg-mmsproxyd --help)"_s;
-    }
-    return reading;
-}
-
-QString defaultSpool()
-{
-    return service::defaultSpoolOf("mmsproxyd"_L1);
+        apply(typed, config);
+    });
+    return {std::move(reading), std::move(config)};
 }
 
 } // namespace wmsg::proxy

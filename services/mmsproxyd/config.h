@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "services/common/program.h"
 #include "services/mmsproxyd/retrieval_queue.h"
 
 #include <QtCore/QString>
@@ -42,23 +43,12 @@ struct Config {
     bool isVerbose = false; ///< the log of the library goes to standard error
 };
 
-/// What reading options came to.
-struct ConfigReading {
-    enum Kind {
-        Run, ///< with `config`
-        Print, ///< `text` to standard output, and end: help, or the version
-        Refuse, ///< `text`, one line, to standard error, and end with exit code 2
-    };
-
-    Kind kind = Refuse;
+/// What reading options came to; to run with `config`, if at all.
+struct ConfigReading : service::OptionsReading {
     Config config;
-    QString text;
 };
 
 /// readConfig reads the options of the program, and the configuration file that they name.
 [[nodiscard]] ConfigReading readConfig(int argc, const char *const *argv);
-
-/// The folder of the spool unless another is named: in $XDG_STATE_HOME, or ~/.local/state.
-[[nodiscard]] QString defaultSpool();
 
 } // namespace wmsg::proxy

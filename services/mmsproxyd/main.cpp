@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The wmsg authors
 // SPDX-License-Identifier: Apache-2.0
 
+#include "services/common/program.h"
 #include "services/common/stop_signals.h"
 #include "services/mmsproxyd/config.h"
 #include "services/mmsproxyd/proxy_daemon.h"
@@ -12,22 +13,14 @@
 #include <QtCore/QString>
 
 #include <cstdio>
-#include <exception>
 #include <sys/stat.h>
 
 using namespace wmsg::proxy;
+using namespace wmsg::service;
 
 namespace {
 
-constexpr int kExitFine = 0;
-constexpr int kExitFailed = 1;
-constexpr int kExitUsage = 2;
-
-int complain(int code, const QString &problem)
-{
-    std::fprintf(stderr, "wmsg-mmsproxyd: %s\n", qUtf8Printable(problem));
-    return code;
-}
+constexpr const char *kProgram = "wmsg-mmsproxyd";
 
 /// Leads the log of the library where it is wanted; false, with a complaint, when it cannot go
 /// there.
@@ -40,7 +33,7 @@ bool routeLog(const Config &config)
     // Open until the process ends.
     FILE *file = std::fopen(QFile::encodeName(config.logFile).constData(), "ae");
     if (!file) {
-        complain(kExitFailed, config.logFile + QLatin1String(": ") + wmsg::service::systemError());
+        complain(kProgram, kExitFailed, config.logFile + QLatin1String(": ") + systemError());
         return false;
     }
     appLogModuleStream = file;
@@ -50,30 +43,22 @@ bool routeLog(const Config &config)
 int run(int argc, char **argv)
 {
     const ConfigReading reading = readConfig(argc, argv);
-    switch (reading.kind) {
-    case ConfigReading::Print:
-        std::fputs(qUtf8Printable(reading.text), stdout);
-        return kExitFine;
-    case ConfigReading::Refuse:
-        return complain(kExitUsage, reading.text);
-    case ConfigReading::Run:
-        break;
+    if (const auto end = endAfter(reading, kProgram)) {
+        return *end;
     }
     if (!routeLog(reading.config)) {
         return kExitFailed;
     }
     ::umask(077);
     const QCoreApplication application(argc, argv);
-    const wmsg::service::StopSignals stop;
-    QObject::connect(&stop, &wmsg::service::StopSignals::stopped, &application,
-                     &QCoreApplication::quit);
+    const StopSignals stop;
+    QObject::connect(&stop, &StopSignals::stopped, &application, &QCoreApplication::quit);
     ProxyDaemon daemon(reading.config);
     const QString problem = daemon.start();
     if (!problem.isEmpty()) {
-        return complain(kExitFailed, problem);
+        return complain(kProgram, kExitFailed, problem);
     }
-    std::printf("listening on %s\n", qUtf8Printable(reading.config.proxySocket));
-    std::fflush(stdout);
+    sayListening(reading.config.proxySocket);
     return QCoreApplication::exec();
 }
 
@@ -81,10 +66,5 @@ int run(int argc, char **argv)
 
 int main(int argc, char **argv)
 {
-    qSetMessagePattern(QStringLiteral("%{time yyyy-MM-ddThh:mm:ss.zzz} %{category}: %{message}"));
-    try {
-        return run(argc, argv);
-    } catch (const std::exception &problem) {
-        return complain(kExitFailed, QString::fromUtf8(problem.what()));
-    }
+    return runProgram(kProgram, run, argc, argv);
 }

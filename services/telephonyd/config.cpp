@@ -5,13 +5,13 @@
 
 #include "platform/telephony/telephony_socket_p.h"
 #include "services/common/option_checks.h"
-
-#include <CLI/CLI.hpp>
+#include "services/common/program_options.h"
 
 #include <QtCore/QDir>
 #include <QtCore/QFile>
 
 #include <string>
+#include <utility>
 #include <vector>
 
 using namespace Qt::StringLiterals;
@@ -20,14 +20,11 @@ namespace wmsg::telephonyd {
 
 namespace {
 
+using service::addText;
+using service::check;
+
 constexpr const char *kAbout =
     "Moves short messages between the applications of a phone and its modem.";
-constexpr const char *kFooter =
-    "Every option but --config, --help and --version can stand in the file, as NAME = VALUE\n"
-    "without the dashes; values with blanks or commas want quotes.\n"
-    "Exit codes: 0 stopped by a signal; 1 it cannot run, with a line on standard error that says\n"
-    "why; 2 an option or a line of the file is wrong.";
-
 constexpr int kLongestDelay = 3600 * 1000; // in milliseconds
 constexpr int kLongestTime = 7 * 24 * 3600; // in seconds
 constexpr uint kHighestCause = 65535;
@@ -54,17 +51,6 @@ std::string checkFailure(const std::string &text)
     const bool isFine = cause && *cause >= 1 && *cause <= kHighestCause && count && *count >= 1
         && *count <= kMostFailures;
     return isFine ? "" : "a failure is a cause from 1 to 65535, and perhaps :COUNT: " + text;
-}
-
-CLI::Validator check(std::string (*function)(const std::string &))
-{
-    return CLI::Validator([function](std::string &text) { return function(text); }, "");
-}
-
-CLI::Option *addText(CLI::App &app, const char *name, std::string &value, const char *type,
-                     const char *about)
-{
-    return app.add_option(name, value, about)->type_name(type);
 }
 
 void addNumber(CLI::App &app, const char *name, int &value, const char *type, const char *about,
@@ -165,31 +151,19 @@ void checkTogether(const Typed &typed)
 
 ConfigReading readConfig(int argc, const char *const *argv)
 {
-    ConfigReading reading;
-    Typed typed = defaultsOf(reading.config);
+    Config config;
+    Typed typed = defaultsOf(config);
     CLI::App app(kAbout, "wmsg-telephonyd");
-    app.set_version_flag("--version", "wmsg-telephonyd " WMSG_VERSION, "Print the version and end");
-    app.set_config("--config", "", "Read options from FILE")->type_name("FILE");
-    app.allow_config_extras(CLI::config_extras_mode::error);
-    app.footer(kFooter);
+    service::addCommonOptions(app, "Read options from FILE");
+    app.footer(service::kDaemonFooter);
     addGeneral(app, typed);
     addModem(app, typed);
-    addLog(app, typed, reading.config);
-    try {
-        app.parse(argc, argv);
+    addLog(app, typed, config);
+    auto reading = service::readOptions(app, argc, argv, [&typed, &config] {
         checkTogether(typed);
-        apply(typed, reading.config);
-        reading.kind = ConfigReading::Run;
-    } catch (const CLI::CallForHelp &) {
-        reading.kind = ConfigReading::Print;
-        reading.text = QString::fromStdString(app.help());
-    } catch (const CLI::CallForVersion &wish) {
-        reading.kind = ConfigReading::Print;
-        reading.text = QString::fromUtf8(wish.what()) + u'\n';
-    } catch (const CLI::Error &error) {
-        reading.text = service::optionError(error.what()) + u" (see wmsg-telephonyd --help)"_s;
-    }
-    return reading;
+        apply(typed, config);
+    });
+    return {std::move(reading), std::move(config)};
 }
 
 } // namespace wmsg::telephonyd

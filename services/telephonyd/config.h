@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "services/common/program.h"
 #include "services/telephonyd/gammu_backend.h"
 #include "services/telephonyd/loopback_modem.h"
 #include "services/telephonyd/telephony_daemon.h"
@@ -25,17 +26,9 @@ struct Config {
     bool isVerbose = false;
 };
 
-/// What reading options came to.
-struct ConfigReading {
-    enum Kind {
-        Run, ///< with `config`
-        Print, ///< `text` to standard output, and end: help, or the version
-        Refuse, ///< `text`, one line, to standard error, and end with exit code 2
-    };
-
-    Kind kind = Refuse;
+/// What reading options came to; to run with `config`, if at all.
+struct ConfigReading : service::OptionsReading {
     Config config;
-    QString text;
 };
 
 /// readConfig reads the options of the program, and the configuration file that they name.

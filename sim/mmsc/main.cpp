@@ -1,6 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The wmsg authors
 // SPDX-License-Identifier: Apache-2.0
 
+#include "services/common/descriptor.h"
+#include "services/common/program.h"
 #include "services/common/stop_signals.h"
 #include "sim/mmsc/simulator.h"
 
@@ -9,24 +11,15 @@
 #include <QtCore/QCoreApplication>
 #include <QtCore/QLoggingCategory>
 
-#include <cerrno>
 #include <cstdio>
-#include <cstring>
-#include <exception>
+
+using namespace wmsg::service;
 
 namespace {
 
-constexpr int kExitFine = 0;
-constexpr int kExitFailed = 1;
-constexpr int kExitUsage = 2;
+constexpr const char *kProgram = "wmsg-sim-mmsc";
 
-int complain(int code, const QString &problem)
-{
-    std::fprintf(stderr, "wmsg-sim-mmsc: %s\n", qUtf8Printable(problem));
-    return code;
-}
-
-// False, with a complaint, when the log cannot be opened.
+/// False, with a complaint, when the log cannot be opened.
 bool routeLogs(const wmsg::sim::Options &options)
 {
     appLogModuleStream = appLogDiscardStream();
@@ -36,9 +29,8 @@ bool routeLogs(const wmsg::sim::Options &options)
     } else if (!options.log.empty()) {
         FILE *file = std::fopen(options.log.c_str(), "ae"); // open until the process ends
         if (!file) {
-            complain(kExitFailed,
-                     QString::fromStdString(options.log) + QStringLiteral(": ")
-                         + QString::fromLocal8Bit(std::strerror(errno)));
+            complain(kProgram, kExitFailed,
+                     QString::fromStdString(options.log) + QStringLiteral(": ") + systemError());
             return false;
         }
         appLogModuleStream = file;
@@ -49,27 +41,25 @@ bool routeLogs(const wmsg::sim::Options &options)
 int run(int argc, char **argv)
 {
     wmsg::sim::Options options;
-    if (const auto end = wmsg::sim::readOptions(argc, argv, options)) {
+    if (const auto end = endAfter(wmsg::sim::readOptions(argc, argv, options), kProgram)) {
         return *end;
     }
     if (!routeLogs(options)) {
         return kExitFailed;
     }
     const QCoreApplication application(argc, argv);
-    wmsg::service::StopSignals signals;
-    QObject::connect(&signals, &wmsg::service::StopSignals::stopped, &application,
-                     &QCoreApplication::quit);
+    StopSignals signals;
+    QObject::connect(&signals, &StopSignals::stopped, &application, &QCoreApplication::quit);
     wmsg::sim::Simulator simulator(options);
     QString problem = simulator.readFaults();
     if (!problem.isEmpty()) {
-        return complain(kExitUsage, problem);
+        return complain(kProgram, kExitUsage, problem);
     }
     problem = simulator.start();
     if (!problem.isEmpty()) {
-        return complain(kExitFailed, problem);
+        return complain(kProgram, kExitFailed, problem);
     }
-    std::printf("listening on %s\n", qPrintable(simulator.url()));
-    std::fflush(stdout);
+    sayListening(simulator.url());
     QCoreApplication::exec();
     return kExitFine;
 }
@@ -78,10 +68,5 @@ int run(int argc, char **argv)
 
 int main(int argc, char **argv)
 {
-    qSetMessagePattern(QStringLiteral("%{time yyyy-MM-ddThh:mm:ss.zzz} %{category}: %{message}"));
-    try {
-        return run(argc, argv);
-    } catch (const std::exception &problem) {
-        return complain(kExitFailed, QString::fromUtf8(problem.what()));
-    }
+    return runProgram(kProgram, run, argc, argv);
 }

@@ -3,11 +3,8 @@
 
 #include "sim/mmsc/options.h"
 
+#include "services/common/program_options.h"
 #include "sim/mmsc/address.h"
-
-#include <CLI/CLI.hpp>
-
-#include <cstdio>
 
 using namespace Qt::StringLiterals;
 
@@ -15,7 +12,6 @@ namespace wmsg::sim {
 
 namespace {
 
-constexpr int kExitUsage = 2;
 constexpr qint64 kMostBytes = qint64(1) << 30;
 constexpr double kLongestPause = 86400;
 constexpr qint64 kLongestKeep = qint64(30) * 86400;
@@ -109,59 +105,47 @@ void addLogs(CLI::App &program, Options &options)
         ->excludes(log);
 }
 
-int complain(const QString &problem)
-{
-    std::fprintf(stderr, "wmsg-sim-mmsc: %s\n", qUtf8Printable(problem.simplified()));
-    return kExitUsage;
-}
-
 bool isWay(const QString &text)
 {
     return text.startsWith(u'/') || text.startsWith(kShortMessages + u'/');
 }
 
-std::optional<int> check(const Options &options)
+/// What is wrong with options that the parser takes; an empty text when nothing is.
+QString problemOf(const Options &options)
 {
     QString address;
     QString way;
     for (const std::string &subscriber : options.subscribers) {
         const QString problem = readSubscriber(subscriber, address, way);
         if (!problem.isEmpty()) {
-            return complain(problem);
+            return problem;
         }
     }
     if (addressKey(QString::fromStdString(options.sender)).isEmpty()) {
-        return complain(u"--sender: this is no address"_s);
+        return u"--sender: this is no address"_s;
     }
     const bool isFine =
         options.defaultPush.empty() || isWay(QString::fromStdString(options.defaultPush));
-    return isFine ? std::nullopt
-                  : std::optional(complain(u"--default-push: the path is not absolute"_s));
+    return isFine ? QString() : u"--default-push: the path is not absolute"_s;
 }
 
 } // namespace
 
-std::optional<int> readOptions(int argc, char **argv, Options &options)
+service::OptionsReading readOptions(int argc, char **argv, Options &options)
 {
     CLI::App program("An MMSC on the loopback interface, for desks and tests.", "wmsg-sim-mmsc");
-    program.set_version_flag("--version", "wmsg-sim-mmsc " WMSG_VERSION,
-                             "Print the version and end");
-    program.set_config("--config", "", "Read options from FILE: option=value in lines")
-        ->type_name("FILE");
-    program.allow_config_extras(CLI::config_extras_mode::error);
+    service::addCommonOptions(program, "Read options from FILE: option=value in lines");
     addNetwork(program, options);
     addTimes(program, options);
     addLimits(program, options);
     addFaults(program, options);
     addLogs(program, options);
-    try {
-        program.parse(argc, argv);
-    } catch (const CLI::Success &wish) {
-        return program.exit(wish); // help or the version
-    } catch (const CLI::ParseError &error) {
-        return complain(QString::fromUtf8(error.what()) + u" (see wmsg-sim-mmsc --help)"_s);
-    }
-    return check(options);
+    return service::readOptions(program, argc, argv, [&options] {
+        const QString problem = problemOf(options);
+        if (!problem.isEmpty()) {
+            throw CLI::ValidationError(problem.toStdString());
+        }
+    });
 }
 
 QString readSubscriber(const std::string &text, QString &address, QString &way)

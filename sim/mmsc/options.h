@@ -3,11 +3,12 @@
 
 #pragma once
 
+#include "services/common/program.h"
+
 #include <QtCore/QLatin1String>
 #include <QtCore/QString>
 #include <QtCore/QStringList>
 
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -31,8 +32,8 @@ struct Options {
     bool isVerbose = false;
 };
 
-/// Reads the arguments. The result, when there is one, is how the program ends: it has said why.
-[[nodiscard]] std::optional<int> readOptions(int argc, char **argv, Options &options);
+/// Reads the arguments and the file that they name into `options`.
+[[nodiscard]] service::OptionsReading readOptions(int argc, char **argv, Options &options);
 
 // way := [ "sms:" ] path
 

@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The wmsg authors
 // SPDX-License-Identifier: Apache-2.0
 
+#include "services/common/program.h"
 #include "services/common/stop_signals.h"
 #include "sim/modem/control_socket.h"
 #include "sim/modem/options.h"
@@ -8,19 +9,11 @@
 #include <QtCore/QCoreApplication>
 #include <QtCore/QLoggingCategory>
 
-#include <cstdio>
-#include <exception>
+using namespace wmsg::service;
 
 namespace {
 
-constexpr int kExitFine = 0;
-constexpr int kExitFailed = 1;
-
-int complain(const QString &problem)
-{
-    std::fprintf(stderr, "wmsg-sim-modem: %s\n", qUtf8Printable(problem));
-    return kExitFailed;
-}
+constexpr const char *kProgram = "wmsg-sim-modem";
 
 /// What is in the way of the folder, the commands and the line; the line comes last, because
 /// programs wait for it.
@@ -40,25 +33,23 @@ QString start(const wmsg::sim::ModemOptions &options, wmsg::sim::PduFiles &log,
 int run(int argc, char **argv)
 {
     wmsg::sim::ModemOptions options;
-    if (const auto end = wmsg::sim::readModemOptions(argc, argv, options)) {
+    if (const auto end = endAfter(wmsg::sim::readModemOptions(argc, argv, options), kProgram)) {
         return *end;
     }
     if (options.isVerbose) {
         QLoggingCategory::setFilterRules(QStringLiteral("wmsg.*=true"));
     }
     const QCoreApplication application(argc, argv);
-    wmsg::service::StopSignals signals;
-    QObject::connect(&signals, &wmsg::service::StopSignals::stopped, &application,
-                     &QCoreApplication::quit);
+    StopSignals signals;
+    QObject::connect(&signals, &StopSignals::stopped, &application, &QCoreApplication::quit);
     wmsg::sim::PduFiles log;
     wmsg::sim::Modem modem(options.settings(), log);
     wmsg::sim::ControlSocket control(modem);
     const QString problem = start(options, log, modem, control);
     if (!problem.isEmpty()) {
-        return complain(problem);
+        return complain(kProgram, kExitFailed, problem);
     }
-    std::printf("listening on %s\n", options.pty.c_str());
-    std::fflush(stdout);
+    sayListening(QString::fromStdString(options.pty));
     QCoreApplication::exec();
     return kExitFine;
 }
@@ -67,10 +58,5 @@ int run(int argc, char **argv)
 
 int main(int argc, char **argv)
 {
-    qSetMessagePattern(QStringLiteral("%{time yyyy-MM-ddThh:mm:ss.zzz} %{category}: %{message}"));
-    try {
-        return run(argc, argv);
-    } catch (const std::exception &problem) {
-        return complain(QString::fromUtf8(problem.what()));
-    }
+    return runProgram(kProgram, run, argc, argv);
 }

@@ -3,9 +3,7 @@
 
 #include "sim/modem/options.h"
 
-#include <CLI/CLI.hpp>
-
-#include <cstdio>
+#include "services/common/program_options.h"
 
 using namespace Qt::StringLiterals;
 
@@ -13,14 +11,7 @@ namespace wmsg::sim {
 
 namespace {
 
-constexpr int kExitUsage = 2;
 constexpr int kMostPlaces = 255;
-
-int complain(const QString &problem)
-{
-    std::fprintf(stderr, "wmsg-sim-modem: %s\n", qUtf8Printable(problem.simplified()));
-    return kExitUsage;
-}
 
 void addOptions(CLI::App &program, ModemOptions &options)
 {
@@ -59,18 +50,19 @@ bool isNumber(const std::string &text)
     return text.empty() || (!address.isAlphanumeric() && !address.value.isEmpty());
 }
 
-std::optional<int> check(const ModemOptions &options)
+/// What is wrong with options that the parser takes; an empty text when nothing is.
+QString problemOf(const ModemOptions &options)
 {
     if (options.pty.empty() || options.pty.front() != '/') {
-        return complain(u"--pty: the path is not absolute"_s);
+        return u"--pty: the path is not absolute"_s;
     }
     if (!isNumber(options.number)) {
-        return complain(u"--number: this is no telephone number"_s);
+        return u"--number: this is no telephone number"_s;
     }
     if (!isNumber(options.serviceCentre)) {
-        return complain(u"--service-center: this is no telephone number"_s);
+        return u"--service-center: this is no telephone number"_s;
     }
-    return std::nullopt;
+    return QString();
 }
 
 } // namespace
@@ -87,23 +79,17 @@ Modem::Settings ModemOptions::settings() const
     return settings;
 }
 
-std::optional<int> readModemOptions(int argc, char **argv, ModemOptions &options)
+service::OptionsReading readModemOptions(int argc, char **argv, ModemOptions &options)
 {
     CLI::App program("An AT modem on a pseudo terminal, for desks and tests.", "wmsg-sim-modem");
-    program.set_version_flag("--version", "wmsg-sim-modem " WMSG_VERSION,
-                             "Print the version and end");
-    program.set_config("--config", "", "Read options from FILE: option=value in lines")
-        ->type_name("FILE");
-    program.allow_config_extras(CLI::config_extras_mode::error);
+    service::addCommonOptions(program, "Read options from FILE: option=value in lines");
     addOptions(program, options);
-    try {
-        program.parse(argc, argv);
-    } catch (const CLI::Success &wish) {
-        return program.exit(wish); // help or the version
-    } catch (const CLI::ParseError &error) {
-        return complain(QString::fromUtf8(error.what()) + u" (see wmsg-sim-modem --help)"_s);
-    }
-    return check(options);
+    return service::readOptions(program, argc, argv, [&options] {
+        const QString problem = problemOf(options);
+        if (!problem.isEmpty()) {
+            throw CLI::ValidationError(problem.toStdString());
+        }
+    });
 }
 
 } // namespace wmsg::sim

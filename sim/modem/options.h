@@ -3,9 +3,9 @@
 
 #pragma once
 
+#include "services/common/program.h"
 #include "sim/modem/modem.h"
 
-#include <optional>
 #include <string>
 
 namespace wmsg::sim {
@@ -25,7 +25,8 @@ struct ModemOptions {
     [[nodiscard]] Modem::Settings settings() const;
 };
 
-/// Reads the arguments. The result, when there is one, is how the program ends: it has said why.
-[[nodiscard]] std::optional<int> readModemOptions(int argc, char **argv, ModemOptions &options);
+/// Reads the arguments and the file that they name into `options`.
+[[nodiscard]] service::OptionsReading readModemOptions(int argc, char **argv,
+                                                       ModemOptions &options);
 
 } // namespace wmsg::sim
