@@ -23,11 +23,11 @@ constexpr qsizetype kShownName = 48;
 constexpr qsizetype kShownEntries = 1000;
 constexpr qsizetype kShownText = 160;
 
-QString inLine(const QString &text)
+QString inLine(const QString &text, Detail detail)
 {
     return text.isNull() ? u"(nothing)"_s
         : text.isEmpty() ? u"(empty)"_s
-                         : shortened(text, kShownValue);
+                         : shortened(text, detail == Detail::Full ? 0 : kShownValue);
 }
 
 QString yesNo(bool value)
@@ -35,10 +35,11 @@ QString yesNo(bool value)
     return value ? u"yes"_s : u"no"_s;
 }
 
-QString entryView(const WMFMEntry &entry)
+QString entryView(const WMFMEntry &entry, Detail detail)
 {
-    const QString value = inLine(entry.getEntryVal());
-    const QString name = printable(entry.getContactName().trimmed());
+    const QString value = inLine(entry.getEntryVal(), detail);
+    const QString contact = entry.getContactName().trimmed();
+    const QString name = contact.isEmpty() ? contact : inLine(contact, detail);
     const QString kind = entry.getEntryType() == 1 ? u"phone number"_s : u"e-mail address"_s;
     return (name.isEmpty() ? value : u"%1 <%2>"_s.arg(name, value)) + u" ("_s + kind + u')';
 }
@@ -49,7 +50,7 @@ QStringList entriesView(const QValueList<WMFMEntry> &entries, Detail detail)
         detail == Detail::Full ? entries.size() : std::min(entries.size(), kShownEntries);
     QStringList lines;
     for (qsizetype n = 0; n < shown; ++n) {
-        lines += entryView(entries[n]);
+        lines += entryView(entries[n], detail);
     }
     if (shown < entries.size()) {
         lines += u"and %1 more"_s.arg(entries.size() - shown);
@@ -57,28 +58,28 @@ QStringList entriesView(const QValueList<WMFMEntry> &entries, Detail detail)
     return lines;
 }
 
-QStringList contentTypeView(const WMMSContentType &type)
+QStringList contentTypeView(const WMMSContentType &type, Detail detail)
 {
-    QStringList lines{type.isEmpty() ? u"(unknown)"_s : inLine(type.getMimeType())};
+    QStringList lines{type.isEmpty() ? u"(unknown)"_s : inLine(type.getMimeType(), detail)};
     for (auto param = type.params().begin(); param != type.params().end(); ++param) {
-        lines += inLine(param.key()) + u" = "_s + inLine(param.value());
+        lines += inLine(param.key(), detail) + u" = "_s + inLine(param.value(), detail);
     }
     return lines;
 }
 
-QString textFieldView(int id, const MMS_HDR_S &header)
+QString textFieldView(int id, const MMS_HDR_S &header, Detail detail)
 {
     switch (id) {
     case MMS_FIELD_TRANSACTION_ID:
-        return inLine(header.transactionId);
+        return inLine(header.transactionId, detail);
     case MMS_FIELD_SUBJECT:
-        return inLine(header.subject);
+        return inLine(header.subject, detail);
     case MMS_FIELD_MSG_ID:
-        return inLine(header.msgID);
+        return inLine(header.msgID, detail);
     case MMS_FIELD_CONTENT_LOCATION:
-        return inLine(header.contentLocation);
+        return inLine(header.contentLocation, detail);
     case MMS_FIELD_RESPONSE_TEXT:
-        return inLine(header.responseText);
+        return inLine(header.responseText, detail);
     case MMS_FIELD_MSG_TYPE:
         return codeInWords(id, header.msgType);
     case MMS_FIELD_MSG_CLASS:
@@ -92,7 +93,7 @@ QString textFieldView(int id, const MMS_HDR_S &header)
     }
 }
 
-QString valueFieldView(int id, const MMS_HDR_S &header)
+QString valueFieldView(int id, const MMS_HDR_S &header, Detail detail)
 {
     switch (id) {
     case MMS_FIELD_VERSION:
@@ -114,7 +115,7 @@ QString valueFieldView(int id, const MMS_HDR_S &header)
     case MMS_FIELD_SENDER_VISIBILITY:
         return header.senderVisibility ? u"shown"_s : u"hidden"_s;
     default:
-        return textFieldView(id, header);
+        return textFieldView(id, header, detail);
     }
 }
 
@@ -122,7 +123,7 @@ QStringList fieldView(int id, const MMS_HDR_S &header, Detail detail)
 {
     switch (id) {
     case MMS_FIELD_FROM:
-        return {header.from.isValid() ? entryView(header.from)
+        return {header.from.isValid() ? entryView(header.from, detail)
                                       : u"(the network inserts the address)"_s};
     case MMS_FIELD_TO:
         return entriesView(header.to, detail);
@@ -131,9 +132,9 @@ QStringList fieldView(int id, const MMS_HDR_S &header, Detail detail)
     case MMS_FIELD_BCC:
         return entriesView(header.bcc, detail);
     case MMS_FIELD_CONTENT_TYPE:
-        return contentTypeView(header.contentType);
+        return contentTypeView(header.contentType, detail);
     default:
-        return {valueFieldView(id, header)};
+        return {valueFieldView(id, header, detail)};
     }
 }
 
@@ -188,12 +189,22 @@ struct PartRow {
     QString text;
 };
 
-QString nameOf(const WMMSMultipart &part)
+/// A name in the table of parts.
+QString inTable(const QString &name, Detail detail)
+{
+    if (detail == Detail::Full || name.size() <= kShownName) {
+        return printable(name);
+    }
+    const bool isSplit = name[kShownName - 2].isHighSurrogate();
+    return printable(name.left(kShownName - (isSplit ? 2 : 1))) + u'…';
+}
+
+QString nameOf(const WMMSMultipart &part, Detail detail)
 {
     const QString location = part.getContentLocation();
     const QString id = part.getContentID();
     const bool isSame = id.isEmpty() || id == location || part.getSrc() == location;
-    return printable((isSame ? location : location + u' ' + id).trimmed().left(kShownName));
+    return inTable((isSame ? location : location + u' ' + id).trimmed(), detail);
 }
 
 void addRows(QList<PartRow> &rows, const QValueList<WMMSMultipart> &parts, const QString &prefix,
@@ -204,9 +215,8 @@ void addRows(QList<PartRow> &rows, const QValueList<WMMSMultipart> &parts, const
         PartRow row;
         row.number = prefix + QString::number(++number);
         const WMMSContentType &type = part.getContentType();
-        row.type =
-            type.isEmpty() ? u"(unknown type)"_s : printable(type.getMimeType().left(kShownName));
-        row.name = nameOf(part);
+        row.type = type.isEmpty() ? u"(unknown type)"_s : inTable(type.getMimeType(), detail);
+        row.name = nameOf(part, detail);
         row.size = sizeInWords(part.getData().size());
         if (isText(part) && !part.getData().isEmpty()) {
             row.text =
@@ -219,11 +229,12 @@ void addRows(QList<PartRow> &rows, const QValueList<WMMSMultipart> &parts, const
     }
 }
 
+/// Longer names do not make the others wider.
 template <typename Member> int widthOf(const QList<PartRow> &rows, Member member)
 {
     qsizetype width = 0;
     for (const PartRow &row : rows) {
-        width = std::max(width, (row.*member).size());
+        width = std::max(width, std::min((row.*member).size(), kShownName));
     }
     return static_cast<int>(width);
 }

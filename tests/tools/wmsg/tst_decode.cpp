@@ -58,6 +58,7 @@ private slots:
     void hexFolds();
     void nothingSteersTheTerminal();
     void longTextsAreCut();
+    void longNamesAreCut();
     void extract();
     void extractRefuses();
     void extractForce();
@@ -386,6 +387,30 @@ void TestDecode::longTextsAreCut()
     QCOMPARE(desk.run({"decode", "n"}).out.count("1 (phone number)\n"), 1000);
     QVERIFY(desk.run({"decode", "n"}).out.endsWith("\n                     and 5 more\n"));
     QCOMPARE(desk.run({"decode", "--full", "n"}).out.count("1 (phone number)\n"), 1005);
+}
+
+void TestDecode::longNamesAreCut()
+{
+    const Desk desk;
+    const QByteArray subject(300, 's');
+    const QByteArray name(60, 'n');
+    // Two parts, of which the first has a name.
+    desk.write("m",
+               fromHex("8C84 96") + subject + fromHex("00 97") + QByteArray(300, '1')
+                   + fromHex("00 84A3 02 3F 01 9E 8E") + name + fromHex("00 78 01 01 9E 78"));
+    const QString shown = desk.run({"decode", "m"}).out;
+    QVERIFY(
+        shown.contains("  Subject            " + QString(200, 's') + u"… (+100 characters)\n"_qs));
+    QVERIFY(
+        shown.contains("  To                 " + QString(200, '1') + u"… (+100 characters) ("_qs));
+    QVERIFY2(shown.contains("\n  1  image/jpeg  " + QString(47, 'n') + u"…  1 byte\n"_qs),
+             qPrintable(shown));
+    const QString full = desk.run({"decode", "--full", "m"}).out;
+    QVERIFY(full.contains("  Subject            " + QString(300, 's') + '\n'));
+    QVERIFY(full.contains("  To                 " + QString(300, '1') + " (phone number)\n"));
+    QVERIFY2(full.contains("\n  1  image/jpeg  " + QString(60, 'n') + "  1 byte\n"),
+             qPrintable(full));
+    QVERIFY(full.contains("\n  2  image/jpeg  " + QString(48, ' ') + "  1 byte\n"));
 }
 
 void TestDecode::extract()
