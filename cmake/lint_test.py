@@ -15,6 +15,7 @@ import check_forwarding
 import check_functions
 import check_kept
 import check_layers
+import check_links
 import check_spdx
 import check_symbols
 import check_tidy
@@ -168,6 +169,35 @@ class Kept(unittest.TestCase):
 
     def test_saying_nothing_is_refused(self):
         self.assertEqual(len(self.problems("// Kept:\nint a;\n", "")), 1)
+
+
+class Links(unittest.TestCase):
+    TREE = {
+        "README.md": "# Top\n",
+        "core/a.h": "",
+        "docs/page.md": "# A page\n\n## What `it` does, and why\n\n```sh\n# no heading [no](link)\n```\n",
+    }
+
+    def problems(self, path, text):
+        return check_links.check({**self.TREE, path: text})
+
+    def refuses(self, path, text, problem):
+        self.assertEqual(self.problems(path, text), [problem])
+
+    def test_what_is_there_can_be_linked_to(self):
+        for link in ["page.md", "../core/a.h", "../core", "../README.md#top", "page.md#what-it-does-and-why",
+                     "https://example.org/gone.md", "#here"]:
+            self.assertEqual(self.problems("docs/b.md", f"# Here\n\nSee [it]({link})."), [], link)
+
+    def test_links_into_the_blue_are_refused(self):
+        self.refuses("docs/b.md", "\nSee [it](gone.md).", "docs/b.md:2: gone.md leads nowhere")
+        self.refuses("docs/b.md", "[a](page.md#gone)", "docs/b.md:1: page.md#gone leads to no heading of that page")
+        self.refuses("b.md", "```sh\n#\n```\n[a](docs/page.md#no-heading-nolink)",
+                     "b.md:4: docs/page.md#no-heading-nolink leads to no heading of that page")
+
+    def test_pages_that_code_names_are_there(self):
+        self.assertEqual(self.problems("core/a.cpp", "// docs/page.md tells it; see also /docs/gone.md"), [])
+        self.refuses("core/a.cpp", "\n// docs/decisions/gone.md tells it", "core/a.cpp:2: there is no docs/decisions/gone.md")
 
 
 class Functions(unittest.TestCase):
