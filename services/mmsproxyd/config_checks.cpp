@@ -6,10 +6,12 @@
 #include "services/common/option_checks.h"
 
 #include <QtCore/QByteArray>
+#include <QtCore/QRegularExpression>
 #include <QtCore/QString>
 #include <QtCore/QUrl>
 
 #include <algorithm>
+#include <optional>
 
 namespace wmsg::proxy {
 
@@ -17,13 +19,27 @@ namespace {
 
 constexpr size_t kLongestText = 255;
 constexpr int kLongestUrl = 2000;
-constexpr int kLongestPause = 7 * 24 * 3600;
+constexpr std::chrono::milliseconds kShortestPause = std::chrono::milliseconds(100);
+constexpr std::chrono::milliseconds kLongestPause = std::chrono::hours(7 * 24);
 constexpr const char *kNoPause = "none";
 
 bool isPrintable(const std::string &text, char lowest)
 {
     return std::all_of(text.begin(), text.end(),
                        [lowest](char c) { return c >= lowest && c <= '~'; });
+}
+
+/// Seconds, with up to three digits behind a point.
+std::optional<std::chrono::milliseconds> pauseOf(const std::string &text)
+{
+    static const QRegularExpression form(QStringLiteral("\\A[0-9]{1,6}(\\.[0-9]{1,3})?\\z"));
+    constexpr int kMilliseconds = 1000;
+    const QString seconds = QString::fromStdString(text);
+    if (!form.match(seconds).hasMatch()) {
+        return std::nullopt;
+    }
+    const std::chrono::milliseconds pause(qRound64(seconds.toDouble() * kMilliseconds));
+    return pause >= kShortestPause && pause <= kLongestPause ? std::optional(pause) : std::nullopt;
 }
 
 } // namespace
@@ -67,18 +83,17 @@ std::string checkInterface(const std::string &name)
 
 std::string checkPause(const std::string &pause)
 {
-    const auto number = service::plainNumber(pause, 10);
-    const bool isPause =
-        pause == kNoPause || (number && *number > 0 && *number <= uint(kLongestPause));
-    return isPause ? "" : "a pause is a number of seconds, from 1 to 604800: " + pause;
+    return pause == kNoPause || pauseOf(pause)
+        ? ""
+        : "a pause is a number of seconds, from 0.1 to 604800: " + pause;
 }
 
 std::vector<std::chrono::milliseconds> pausesOf(const std::vector<std::string> &pauses)
 {
     std::vector<std::chrono::milliseconds> all;
-    for (const std::string &pause : pauses) {
-        if (const auto number = service::plainNumber(pause, 10)) {
-            all.emplace_back(std::chrono::seconds(*number));
+    for (const std::string &text : pauses) {
+        if (const auto pause = pauseOf(text)) {
+            all.push_back(*pause);
         }
     }
     return all;

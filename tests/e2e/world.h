@@ -173,7 +173,7 @@ public:
         m_daemon = std::make_unique<Program>();
         m_daemon->start(WMSG_MMSPROXYD,
                         QStringList{"--mmsc", m_url, "--spool", path("spool"), "--push-socket",
-                                    path("push"), "--retry", "1,1,1"}
+                                    path("push"), "--retry", "0.2,0.2,0.2"}
                             + m_daemonOptions,
                         "listening on /tmp/mmsproxy", path("daemon.log"));
     }

@@ -213,6 +213,8 @@ void TestConfig::pauses_data()
     QTest::addColumn<Pauses>("pauses");
     QTest::newRow("one") << QStringList{"7"} << Pauses{7s};
     QTest::newRow("some") << QStringList{"1,60,604800"} << Pauses{1s, 60s, 604800s};
+    QTest::newRow("parts of a second")
+        << QStringList{"0.1,0.25,1.5,2.125"} << Pauses{100ms, 250ms, 1500ms, 2125ms};
     QTest::newRow("none") << QStringList{"none"} << Pauses{};
 }
 
@@ -254,7 +256,13 @@ void TestConfig::refusals_data()
     row("no size", {"--max-size", "big"}, "--max-size");
     row("a negative size", {"--max-size", "-5"}, "--max-size");
     row("a pause of 0", {"--retry", "1,0"}, "--retry: a pause is a number of seconds");
+    row("a pause that is too short", {"--retry", "0.099"}, "--retry: a pause is");
     row("a long pause", {"--retry", "604801"}, "--retry: a pause is");
+    row("a pause that is a bit too long", {"--retry", "604800.001"}, "--retry: a pause is");
+    row("a pause with four digits", {"--retry", "0.1234"}, "--retry: a pause is");
+    row("a pause of a point", {"--retry", "1."}, "--retry: a pause is");
+    row("a negative pause", {"--retry=-1"}, "--retry: a pause is");
+    row("a pause with an exponent", {"--retry", "1e2"}, "--retry: a pause is");
     row("no pause", {"--retry", "soon"}, "--retry: a pause is");
     row("none and some", {"--retry", "none,1"}, "--retry: none stands alone");
     row("time 0", {"--stall-timeout", "0"}, "--stall-timeout");
