@@ -84,11 +84,18 @@ void TestE2e::manyMessages()
     Sender ann;
     Application ben;
     const QString photo = world.photo(5000);
+    QFile one(world.compose("Number-00", photo));
+    QVERIFY(one.open(QIODevice::ReadOnly));
+    const QByteArray letter = one.readAll();
     QStringList expected;
     for (int n = 0; n < 20; ++n) {
-        const QString subject = QString("Number-%1").arg(n);
+        const QString subject = QString("Number-%1").arg(n, 2, 10, QChar('0'));
         expected += subject;
-        ann.request(sending(world.compose(subject, photo)));
+        QFile file(world.path(subject + ".mail"));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(QByteArray(letter).replace("Number-00", subject.toLatin1()));
+        file.close();
+        ann.request(sending(file.fileName()));
     }
     ben.waitFor([&] { return ben.messages().size() >= 20; }, "all messages");
     QStringList heard;
@@ -181,7 +188,7 @@ void TestE2e::waitsForItsApplication()
 
 void TestE2e::pauseAndResume()
 {
-    World world({"send 1 up-rate=40000"});
+    World world({"send 1 up-rate=60000"});
     Sender ann;
     Application ben;
     const int request = ann.request(sending(world.compose("Slow", world.photo(250000))));
@@ -191,7 +198,7 @@ void TestE2e::pauseAndResume()
     ann.waitFor([&] { return ann.statuses(pause) == "0"; }, "the pause");
     const int reached = ann.progress(request);
     QVERIFY(reached < ann.total(request));
-    QTest::qWait(1500); // at its pace it would be far from here
+    QTest::qWait(1000); // at its pace it would be far from here
     QCOMPARE(ann.progress(request), reached);
     QCOMPARE(ann.statuses(request), "");
     ann.say(QString("resume %1").arg(request));
@@ -227,7 +234,7 @@ void TestE2e::abortWhileWaiting()
     World world({"send 1 up-rate=40000"});
     Sender ann;
     Application ben;
-    const int first = ann.request(sending(world.compose("First", world.photo(150000))));
+    const int first = ann.request(sending(world.compose("First", world.photo(100000))));
     const int second = ann.request(sending(world.compose("Second", world.photo(1000))));
     ann.say(QString("abort %1").arg(second));
     ann.waitFor([&] { return ann.statuses(second) == "19"; }, "the end of the second");
@@ -368,19 +375,26 @@ void TestE2e::sendingFails()
 void TestE2e::retrievalFails_data()
 {
     QTest::addColumn<QString>("fault");
-    QTest::newRow("out of order for a moment") << "retrieve 1 http-status=503";
-    QTest::newRow("cut in the middle") << "retrieve 1 cut-after=5000";
-    QTest::newRow("garbage once") << "retrieve 1 garbage";
-    QTest::newRow("slow") << "retrieve 1 down-rate=20000";
-    QTest::newRow("notification doubled") << "notify * doubled";
-    QTest::newRow("notification lost once") << "notify 1 lost";
-    QTest::newRow("answer to the network lost") << "notify-response 1 http-status=503";
+    QTest::addColumn<QString>("notifyAgain");
+    const auto row = [](const char *name, const char *fault, const char *notifyAgain = "5") {
+        QTest::newRow(name) << fault << notifyAgain;
+    };
+    row("out of order for a moment", "retrieve 1 http-status=503");
+    row("cut in the middle", "retrieve 1 cut-after=5000");
+    row("garbage once", "retrieve 1 garbage");
+    row("slow", "retrieve 1 down-rate=20000");
+    row("notification doubled", "notify * doubled");
+    row("notification lost once", "notify 1 lost", "0.5");
+    row("answer to the network lost", "notify-response 1 http-status=503");
 }
 
 void TestE2e::retrievalFails()
 {
     QFETCH(QString, fault);
-    World world({fault});
+    Network network;
+    QFETCH(QString, notifyAgain);
+    network.notifyAgain = notifyAgain;
+    World world({fault}, {}, network);
     Sender ann;
     Application ben;
     const QString photo = world.photo(20000);
