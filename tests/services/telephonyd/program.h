@@ -3,14 +3,15 @@
 
 #pragma once
 
-#include <QtTest/QtTest>
+#include "tests/support/program.h"
 
 /// The program wmsg-telephonyd, with a folder of its own for socket and spool.
 class TelephonyProgram {
 public:
-    explicit TelephonyProgram(const QTemporaryDir &folder) : m_folder(folder) { }
-    ~TelephonyProgram() { stop(); }
-    Q_DISABLE_COPY_MOVE(TelephonyProgram)
+    explicit TelephonyProgram(const QTemporaryDir &folder) : m_folder(folder)
+    {
+        m_program.process().setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    }
 
     QStringList options() const
     {
@@ -19,27 +20,15 @@ public:
     /// Starts it, and tells whether it says that it listens.
     bool start(const QStringList &more = {})
     {
-        m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        m_process.start(WMSG_TELEPHONYD, options() + more);
-        return QTest::qWaitFor([this] { return m_process.canReadLine(); }, 30000)
-            && m_process.readLine()
-            == "listening on " + m_folder.filePath("socket").toUtf8() + '\n';
+        m_program.start(WMSG_TELEPHONYD, options() + more);
+        return m_program.line() == "listening on " + m_folder.filePath("socket").toUtf8() + '\n';
     }
     /// Asks it to end, and tells whether it ended well.
-    bool stop()
-    {
-        m_process.terminate();
-        return m_process.waitForFinished(30000) && m_process.exitStatus() == QProcess::NormalExit
-            && m_process.exitCode() == 0;
-    }
-    void kill()
-    {
-        m_process.kill();
-        m_process.waitForFinished();
-    }
-    QProcess &process() { return m_process; }
+    bool stop() { return m_program.stop() == 0; }
+    void kill() { m_program.kill(); }
+    Program &program() { return m_program; }
 
 private:
     const QTemporaryDir &m_folder;
-    QProcess m_process;
+    Program m_program;
 };

@@ -8,13 +8,11 @@
 #include "sms/wsmssession.h"
 #include "tests/services/telephonyd/client_peer.h"
 #include "tests/sms/recording_listener.h"
+#include "tests/support/program.h"
 
-#include <QtCore/QProcess>
 #include <QtCore/QStandardPaths>
 #include <QtCore/QTemporaryDir>
 #include <QtTest/QtTest>
-
-#include <csignal>
 
 using namespace std::chrono_literals;
 using namespace wmsg;
@@ -22,40 +20,6 @@ using namespace wmsg;
 namespace {
 
 constexpr int kPatience = 120000; // libgammu takes seconds to begin, and the machine may be busy
-
-/// A program that prints a line when it is ready.
-class Program {
-public:
-    void start(const QString &path, const QStringList &arguments)
-    {
-        m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        m_process.start(path, arguments);
-        QVERIFY(m_process.waitForReadyRead(kPatience));
-        const QByteArray line = m_process.readLine();
-        QVERIFY2(line.startsWith("listening on "), line);
-    }
-    void kill()
-    {
-        m_process.kill();
-        QVERIFY(m_process.state() == QProcess::NotRunning || m_process.waitForFinished(kPatience));
-    }
-    /// Ends it as its service manager does.
-    void stop()
-    {
-        m_process.terminate();
-        QVERIFY(m_process.waitForFinished(kPatience));
-        QCOMPARE(m_process.exitStatus(), QProcess::NormalExit);
-        QCOMPARE(m_process.exitCode(), 0);
-    }
-    ~Program()
-    {
-        m_process.kill();
-        m_process.waitForFinished();
-    }
-
-private:
-    QProcess m_process;
-};
 
 /// A modem simulator, and the daemon that has it.
 class World {
@@ -68,18 +32,16 @@ public:
 
     void startModem(const QStringList &arguments = {})
     {
-        m_modem = std::make_unique<Program>();
-        m_modem->start(WMSG_SIM_MODEM,
-                       QStringList{"--pty", path("modem"), "--control", path("control"),
-                                   "--pdu-log", path("log"), "--service-center", "+4366"}
-                           + arguments);
+        start(m_modem, WMSG_SIM_MODEM,
+              QStringList{"--pty", path("modem"), "--control", path("control"), "--pdu-log",
+                          path("log"), "--service-center", "+4366"}
+                  + arguments);
     }
     void startDaemon()
     {
-        m_daemon = std::make_unique<Program>();
-        m_daemon->start(WMSG_TELEPHONYD,
-                        {"--socket", path("telephony"), "--spool", path("spool"), "--backend",
-                         "gammu", "--device", path("modem")});
+        start(m_daemon, WMSG_TELEPHONYD,
+              {"--socket", path("telephony"), "--spool", path("spool"), "--backend", "gammu",
+               "--device", path("modem")});
     }
     Program &modem() { return *m_modem; }
     Program &daemon() { return *m_daemon; }
@@ -108,6 +70,17 @@ public:
     }
 
 private:
+    /// Starts a program, and waits until it is ready.
+    static void start(std::unique_ptr<Program> &program, const QString &path,
+                      const QStringList &arguments)
+    {
+        program = std::make_unique<Program>();
+        program->process().setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        program->start(path, arguments);
+        const QByteArray line = program->line();
+        QVERIFY2(line.startsWith("listening on "), line);
+    }
+
     QTemporaryDir m_folder;
     std::unique_ptr<Program> m_modem;
     std::unique_ptr<Program> m_daemon;
@@ -191,10 +164,20 @@ QByteArray push()
         + QByteArray("http://m/a", 11);
 }
 
-/// What tshark says of a field of each message that was sent, by way of text2pcap.
+/// Runs a program of others; what it says, and nothing when it fails.
+QByteArray outputOf(const QString &program, const QStringList &arguments)
+{
+    QProcess process;
+    process.setStandardErrorFile(QProcess::nullDevice());
+    process.start(program, arguments);
+    const bool isFine = process.waitForFinished(kPatience) && process.exitCode() == 0;
+    return isFine ? process.readAll() : QByteArray();
+}
+
+/// What tshark says of these fields of each message that was sent, by way of text2pcap.
 QStringList witnessed(const World &world, const QStringList &fields)
 {
-    QStringList lines;
+    QByteArray text;
     const QDir log(world.path("log"));
     const QStringList names = log.entryList({"*-submit.pdu"}, QDir::Files, QDir::Name);
     for (const QString &name : names) {
@@ -202,32 +185,20 @@ QStringList witnessed(const World &world, const QStringList &fields)
         const QByteArray pdu = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
         const auto centre = smspdu::readServiceCentre(pdu);
         // From the phone to the network.
-        const QByteArray text =
-            "I\n000000 " + pdu.mid(centre ? centre->size : 0).toHex(' ') + "\n\n";
-        QFile dump(world.path("dump"));
-        if (!dump.open(QIODevice::WriteOnly) || dump.write(text) != text.size()) {
-            return {"no dump"};
-        }
-        dump.close();
-        const QString capture = world.path("capture");
-        QProcess convert;
-        convert.start("text2pcap", {"-q", "-D", "-P", "gsm_sms", dump.fileName(), capture});
-        if (!convert.waitForFinished(kPatience) || convert.exitCode() != 0) {
-            return {"no capture"};
-        }
-        QProcess tshark;
-        tshark.setStandardErrorFile(QProcess::nullDevice());
-        QStringList arguments{"-r", capture, "-T", "fields"};
-        for (const QString &field : fields) {
-            arguments << "-e" << field;
-        }
-        tshark.start("tshark", arguments);
-        if (!tshark.waitForFinished(kPatience) || tshark.exitCode() != 0) {
-            return {"no tshark"};
-        }
-        lines.append(QString::fromUtf8(tshark.readAll()).chopped(1));
+        text += "I\n000000 " + pdu.mid(centre ? centre->size : 0).toHex(' ') + "\n\n";
     }
-    return lines;
+    QFile dump(world.path("dump"));
+    if (!dump.open(QIODevice::WriteOnly) || dump.write(text) != text.size()) {
+        return {"no dump"};
+    }
+    dump.close();
+    const QString capture = world.path("capture");
+    (void)outputOf("text2pcap", {"-q", "-D", "-P", "gsm_sms", dump.fileName(), capture});
+    QStringList arguments{"-r", capture, "-T", "fields"};
+    for (const QString &field : fields) {
+        arguments << "-e" << field;
+    }
+    return QString::fromUtf8(outputOf("tshark", arguments)).chopped(1).split('\n');
 }
 
 } // namespace
@@ -324,7 +295,7 @@ void TestTelephonyModem::applications()
     QCOMPARE(toHex(QByteArray(bytes.data(), bytes.size())), toHex(push()));
     QTRY_COMPARE_WITH_TIMEOUT(world.status("SM"), QString("0/20"), kPatience);
     WMFMSession::close(session);
-    world.daemon().stop();
+    QCOMPARE(world.daemon().stop(), 0);
     compareWithWitness(world, texts);
 }
 

@@ -4,9 +4,7 @@
 #include "tests/services/telephonyd/client_peer.h"
 #include "tests/services/telephonyd/program.h"
 #include "tests/support/other_user.h"
-
-#include <csignal>
-#include <sys/stat.h>
+#include "tests/support/program_checks.h"
 
 /// The program, from outside.
 class TestTelephonyd : public QObject {
@@ -15,13 +13,7 @@ class TestTelephonyd : public QObject {
 private slots:
     void init() { m_folder = std::make_unique<QTemporaryDir>(); }
 
-    void runsUntilASignal_data()
-    {
-        QTest::addColumn<int>("number");
-        QTest::newRow("SIGTERM") << SIGTERM;
-        QTest::newRow("SIGINT") << SIGINT;
-        QTest::newRow("SIGHUP") << SIGHUP;
-    }
+    void runsUntilASignal_data() { addStopSignals(); }
     void runsUntilASignal()
     {
         QFETCH(int, number);
@@ -32,10 +24,8 @@ private slots:
         ClientPeer client(at("socket"));
         client.greet('a');
         QVERIFY(client.next().startsWith("welcome "));
-        QCOMPARE(::kill(pid_t(program.process().processId()), number), 0);
-        QVERIFY(program.process().waitForFinished());
-        QCOMPARE(program.process().exitStatus(), QProcess::NormalExit);
-        QCOMPARE(program.process().exitCode(), 0);
+        program.program().signal(number);
+        QCOMPARE(program.program().end(), 0);
         QVERIFY(!QFile::exists(at("socket")));
     }
 
@@ -43,12 +33,9 @@ private slots:
     {
         TelephonyProgram program(*m_folder);
         QVERIFY(program.start());
-        QProcess second;
-        second.start(WMSG_TELEPHONYD, {"--socket", at("socket"), "--spool", at("other")});
-        QVERIFY(second.waitForFinished());
-        QCOMPARE(second.exitCode(), 1);
-        QCOMPARE(second.readAllStandardError(),
-                 "wmsg-telephonyd: " + at("socket").toUtf8() + " is in use\n");
+        Program second(WMSG_TELEPHONYD, {"--socket", at("socket"), "--spool", at("other")});
+        QCOMPARE(second.end(), 1);
+        QCOMPARE(second.err(), "wmsg-telephonyd: " + at("socket") + " is in use\n");
         QVERIFY(program.stop());
     }
 
@@ -60,6 +47,8 @@ private slots:
         QTest::newRow("mode") << QStringList{"--socket-mode", "777"};
         QTest::newRow("back end") << QStringList{"--backend", "smoke"};
         QTest::newRow("no device") << QStringList{"--backend", "gammu"};
+        QTest::newRow("connection")
+            << QStringList{"--backend", "gammu", "--device", "/dev/null", "--connection", "fbus"};
         QTest::newRow("cause 0") << QStringList{"--loopback-fail", "0"};
         QTest::newRow("cause of letters") << QStringList{"--loopback-fail", "x"};
         QTest::newRow("count 0") << QStringList{"--loopback-fail", "38:0"};
@@ -71,12 +60,7 @@ private slots:
     void wrongUseIsALineAndExitCode2()
     {
         QFETCH(QStringList, options);
-        QProcess program;
-        program.start(WMSG_TELEPHONYD, options);
-        QVERIFY(program.waitForFinished());
-        QCOMPARE(program.exitCode(), 2);
-        const QByteArray line = program.readAllStandardError();
-        QVERIFY2(line.startsWith("wmsg-telephonyd: ") && line.count('\n') == 1, line.constData());
+        checkWrongUse(WMSG_TELEPHONYD, options);
     }
 
     void optionsComeFromAFile()
@@ -110,49 +94,18 @@ private slots:
         QCOMPARE(client.next(), QString("result 1 1 0"));
     }
 
-    void helpAndVersionGoToStandardOutput()
-    {
-        for (const char *wish : {"--help", "--version"}) {
-            QProcess program;
-            program.start(WMSG_TELEPHONYD, {wish});
-            QVERIFY(program.waitForFinished());
-            QCOMPARE(program.exitCode(), 0);
-            QVERIFY(program.readAllStandardOutput().size() > 10);
-            QCOMPARE(program.readAllStandardError(), QByteArray());
-        }
-    }
-
+    void helpAndVersionGoToStandardOutput() { checkHelpAndVersion(WMSG_TELEPHONYD); }
     void everyOptionIsToldInTheManual()
     {
-        QProcess program;
-        program.start(WMSG_TELEPHONYD, {"--help"});
-        QVERIFY(program.waitForFinished());
-        QFile manual(WMSG_DOCS "/telephonyd.md");
-        QVERIFY(manual.open(QIODevice::ReadOnly));
-        const QByteArray text = manual.readAll();
-        static const QRegularExpression option("(?:^|,)\\s*(--[a-z-]+)",
-                                               QRegularExpression::MultilineOption);
-        auto found = option.globalMatch(QString::fromUtf8(program.readAllStandardOutput()));
-        int count = 0;
-        while (found.hasNext()) {
-            const QByteArray name = found.next().captured(1).toUtf8();
-            if (name != "--help" && name != "--version") {
-                QVERIFY2(text.contains('`' + name + '`') || text.contains('`' + name + ' '), name);
-                ++count;
-            }
-        }
-        QVERIFY(count > 12);
+        checkOptionsAreTold(WMSG_TELEPHONYD, WMSG_DOCS "/telephonyd.md", 13);
     }
 
     void theLogGoesToAFile()
     {
-        QProcess bad;
         TelephonyProgram program(*m_folder);
-        bad.start(WMSG_TELEPHONYD, program.options() + QStringList{"--log", at("gone/log")});
-        QVERIFY(bad.waitForFinished());
-        QCOMPARE(bad.exitCode(), 1);
-        QCOMPARE(bad.readAllStandardError(),
-                 "wmsg-telephonyd: " + at("gone/log").toUtf8() + ": No such file or directory\n");
+        Program bad(WMSG_TELEPHONYD, program.options() + QStringList{"--log", at("gone/log")});
+        QCOMPARE(bad.end(), 1);
+        QCOMPARE(bad.err(), "wmsg-telephonyd: " + at("gone/log") + ": No such file or directory\n");
         QVERIFY(program.start({"--log", at("log"), "--verbose"}));
         ClientPeer client(at("socket"));
         client.greet('a');
@@ -176,13 +129,7 @@ private slots:
         QString line = client.next();
         line = line.startsWith("modem") ? client.next() : line;
         QCOMPARE(line, QString("result 1 1 0"));
-        bool isQuiet = false;
-        for (int i = 0; i < 10 && !isQuiet; ++i) {
-            const QByteArray before = switchesOf(program.process().processId());
-            QTest::qWait(1000);
-            isQuiet = !before.isEmpty() && switchesOf(program.process().processId()) == before;
-        }
-        QVERIFY(isQuiet);
+        QVERIFY(comesToRest(program.program().process().processId()));
         QVERIFY(program.stop());
     }
 
@@ -202,25 +149,6 @@ private slots:
 
 private:
     QString at(const QString &name) const { return m_folder->filePath(name); }
-    static mode_t modeOf(const QString &path)
-    {
-        struct stat state = {};
-        return ::lstat(qPrintable(path), &state) == 0 ? state.st_mode & 07777 : 0;
-    }
-    /// How often the threads of a process went to sleep, or were made to.
-    static QByteArray switchesOf(qint64 process)
-    {
-        QByteArray all;
-        QDirIterator threads(QString("/proc/%1/task").arg(process),
-                             QDir::Dirs | QDir::NoDotAndDotDot);
-        while (threads.hasNext()) {
-            QFile file(threads.next() + "/status");
-            const bool isOpen = file.open(QIODevice::ReadOnly);
-            const QByteArray status = isOpen ? file.readAll() : QByteArray();
-            all += status.mid(status.indexOf("voluntary_ctxt_switches"));
-        }
-        return all;
-    }
 
     std::unique_ptr<QTemporaryDir> m_folder;
 };

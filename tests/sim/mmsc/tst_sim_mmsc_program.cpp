@@ -5,46 +5,21 @@
 #include "tests/sim/mmsc/http_call.h"
 #include "tests/sim/mmsc/messages.h"
 #include "tests/sim/mmsc/phone.h"
-
-#include <QtCore/QProcess>
-#include <QtCore/QRegularExpression>
-
-#include <csignal>
+#include "tests/support/program_checks.h"
 
 namespace {
 
 // A run of the program.
-class Program {
+class Simulator : public Program {
 public:
-    explicit Program(const QStringList &arguments) { m_process.start(WMSG_SIM_MMSC, arguments); }
-    ~Program()
-    {
-        m_process.kill();
-        m_process.waitForFinished();
-    }
+    explicit Simulator(const QStringList &arguments) : Program(WMSG_SIM_MMSC, arguments) { }
 
     /// Waits for the line that says where it listens; the port.
     quint16 port()
     {
-        if (!m_process.waitForReadyRead(30000)) {
-            return 0;
-        }
-        static const QRegularExpression line("^listening on http://127\\.0\\.0\\.1:(\\d+)/\n$");
-        return quint16(line.match(m_process.readLine()).captured(1).toUInt());
+        static const QRegularExpression form("^listening on http://127\\.0\\.0\\.1:(\\d+)/\n$");
+        return quint16(form.match(line()).captured(1).toUInt());
     }
-    /// Waits for the end; the exit code.
-    int end()
-    {
-        const bool ended =
-            m_process.state() == QProcess::NotRunning || m_process.waitForFinished(30000);
-        return ended && m_process.exitStatus() == QProcess::NormalExit ? m_process.exitCode() : -1;
-    }
-    void signal(int number) { ::kill(pid_t(m_process.processId()), number); }
-    QString out() { return m_process.readAllStandardOutput(); }
-    QString err() { return m_process.readAllStandardError(); }
-
-private:
-    QProcess m_process;
 };
 
 QString docs()
@@ -67,7 +42,7 @@ class TestSimMmscProgram : public QObject {
 
 private slots:
     void wholeWay();
-    void endsAtSignals_data();
+    void endsAtSignals_data() { addStopSignals(); }
     void endsAtSignals();
     void configuration();
     void planOfTheDocumentation();
@@ -81,7 +56,7 @@ void TestSimMmscProgram::wholeWay()
 {
     const Phone phone;
     const QTemporaryDir folder;
-    Program program({"--subscriber", "+431=" + phone.path(), "--pdu-log", folder.path()});
+    Simulator program({"--subscriber", "+431=" + phone.path(), "--pdu-log", folder.path()});
     const quint16 port = program.port();
     QVERIFY(port > 0);
     HttpCall call(port);
@@ -94,19 +69,10 @@ void TestSimMmscProgram::wholeWay()
     QCOMPARE(program.end(), 0);
 }
 
-void TestSimMmscProgram::endsAtSignals_data()
-{
-    QTest::addColumn<int>("number");
-
-    QTest::newRow("SIGTERM") << SIGTERM;
-    QTest::newRow("SIGINT") << SIGINT;
-    QTest::newRow("SIGHUP") << SIGHUP;
-}
-
 void TestSimMmscProgram::endsAtSignals()
 {
     QFETCH(int, number);
-    Program program({"--fault", "retrieve 1 delay=3600"});
+    Simulator program({"--fault", "retrieve 1 delay=3600"});
     const quint16 port = program.port();
     QVERIFY(port > 0);
     HttpCall call(port); // waits for its answer when the end comes
@@ -124,7 +90,7 @@ void TestSimMmscProgram::configuration()
     QVERIFY(file.open(QIODevice::WriteOnly));
     file.write("fault=\"retrieve 1 http-status=503\"\nkeep=60\n");
     file.close();
-    Program program({"--config", file.fileName()});
+    Simulator program({"--config", file.fileName()});
     const quint16 port = program.port();
     QVERIFY(port > 0);
     HttpCall call(port);
@@ -147,7 +113,7 @@ void TestSimMmscProgram::planOfTheDocumentation()
     QVERIFY(file.open(QIODevice::WriteOnly));
     file.write(plan.toUtf8());
     file.close();
-    Program program({"--faults", file.fileName(), "--default-push", "/nowhere"});
+    Simulator program({"--faults", file.fileName(), "--default-push", "/nowhere"});
     const quint16 port = program.port();
     QVERIFY(port > 0);
     for (const int responseStatus : {0, 192, 192}) {
@@ -164,19 +130,7 @@ void TestSimMmscProgram::planOfTheDocumentation()
 
 void TestSimMmscProgram::allOptionsAreDocumented()
 {
-    Program program({"--help"});
-    QCOMPARE(program.end(), 0);
-    static const QRegularExpression option("--[a-z-]+");
-    auto matches = option.globalMatch(program.out());
-    int count = 0;
-    while (matches.hasNext()) {
-        const QString name = matches.next().captured();
-        if (name != "--help" && name != "--version" && name != "--verbose") {
-            ++count;
-            QVERIFY2(docs().contains('`' + name), qPrintable(name));
-        }
-    }
-    QVERIFY(count >= 12);
+    checkOptionsAreTold(WMSG_SIM_MMSC, WMSG_DOCS "/simulators.md", 13);
 }
 
 void TestSimMmscProgram::wrongUsage_data()
@@ -212,19 +166,14 @@ void TestSimMmscProgram::wrongUsage()
 {
     QFETCH(QStringList, arguments);
     QFETCH(QString, line);
-    Program program(arguments);
-    QCOMPARE(program.end(), 2);
-    const QString err = program.err();
-    QVERIFY2(err.startsWith("wmsg-sim-mmsc: ") && err.count('\n') == 1 && err.contains(line),
-             qPrintable(err));
-    QCOMPARE(program.out(), QString());
+    checkWrongUse(WMSG_SIM_MMSC, arguments, line);
 }
 
 void TestSimMmscProgram::portInUse()
 {
-    Program first({});
+    Simulator first({});
     const QString port = QString::number(first.port());
-    Program second({"--port", port});
+    Simulator second({"--port", port});
     QCOMPARE(second.end(), 1);
     QCOMPARE(second.err(),
              "wmsg-sim-mmsc: port " + port

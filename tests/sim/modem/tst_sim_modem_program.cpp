@@ -4,41 +4,9 @@
 #include "sim/modem/control_socket.h"
 #include "tests/sim/modem/modem_line.h"
 #include "tests/support/local_peer.h"
-
-#include <QtCore/QProcess>
-#include <QtCore/QTemporaryDir>
-#include <QtTest/QtTest>
-
-#include <csignal>
+#include "tests/support/program_checks.h"
 
 namespace {
-
-// A run of the program.
-class Program {
-public:
-    explicit Program(const QStringList &arguments) { m_process.start(WMSG_SIM_MODEM, arguments); }
-    ~Program()
-    {
-        m_process.kill();
-        m_process.waitForFinished();
-    }
-
-    /// Waits for the line that says where it listens.
-    QByteArray line() { return m_process.waitForReadyRead(30000) ? m_process.readLine() : ""; }
-    /// Waits for the end; the exit code.
-    int end()
-    {
-        const bool ended =
-            m_process.state() == QProcess::NotRunning || m_process.waitForFinished(30000);
-        return ended && m_process.exitStatus() == QProcess::NormalExit ? m_process.exitCode() : -1;
-    }
-    void signal(int number) { ::kill(pid_t(m_process.processId()), number); }
-    QString out() { return m_process.readAllStandardOutput(); }
-    QString err() { return m_process.readAllStandardError(); }
-
-private:
-    QProcess m_process;
-};
 
 QString docs()
 {
@@ -66,7 +34,8 @@ void TestSimModemProgram::wholeWay()
 {
     const QTemporaryDir folder;
     const QString link = folder.filePath("modem");
-    Program program({"--pty", link, "--control", folder.filePath("control"), "--pdu-log",
+    Program program(WMSG_SIM_MODEM,
+                    {"--pty", link, "--control", folder.filePath("control"), "--pdu-log",
                      folder.filePath("log"), "--loopback", "--number", "+4366"});
     QCOMPARE(program.line(), "listening on " + link.toUtf8() + "\n");
     ModemLine line(link);
@@ -93,7 +62,7 @@ void TestSimModemProgram::configuration()
     QVERIFY(file.open(QIODevice::WriteOnly));
     file.write("pty=\"" + folder.filePath("modem").toUtf8() + "\"\npin=1234\nstorage=3\n");
     file.close();
-    Program program({"--config", file.fileName()});
+    Program program(WMSG_SIM_MODEM, {"--config", file.fileName()});
     QVERIFY(program.line().startsWith("listening on "));
     ModemLine line(folder.filePath("modem"));
     line.ask("ATE0");
@@ -103,19 +72,7 @@ void TestSimModemProgram::configuration()
 
 void TestSimModemProgram::allOptionsAreDocumented()
 {
-    Program program({"--help"});
-    QCOMPARE(program.end(), 0);
-    static const QRegularExpression option("--[a-z-]+");
-    auto matches = option.globalMatch(program.out());
-    int count = 0;
-    while (matches.hasNext()) {
-        const QString name = matches.next().captured();
-        if (name != "--help" && name != "--version" && name != "--verbose") {
-            ++count;
-            QVERIFY2(docs().contains('`' + name), qPrintable(name));
-        }
-    }
-    QVERIFY(count >= 9);
+    checkOptionsAreTold(WMSG_SIM_MODEM, WMSG_DOCS "/simulators.md", 10);
 }
 
 /// Each command in the table of the page is one, and there are so many.
@@ -158,21 +115,16 @@ void TestSimModemProgram::wrongUsage()
 {
     QFETCH(QStringList, arguments);
     QFETCH(QString, line);
-    Program program(arguments);
-    QCOMPARE(program.end(), 2);
-    const QString err = program.err();
-    QVERIFY2(err.startsWith("wmsg-sim-modem: ") && err.count('\n') == 1 && err.contains(line),
-             qPrintable(err));
-    QCOMPARE(program.out(), QString());
+    checkWrongUse(WMSG_SIM_MODEM, arguments, line);
 }
 
 void TestSimModemProgram::pathsThatCannotBeUsed()
 {
     const QTemporaryDir folder;
-    Program first({"--pty", folder.path()});
+    Program first(WMSG_SIM_MODEM, {"--pty", folder.path()});
     QCOMPARE(first.end(), 1);
     QCOMPARE(first.err(), "wmsg-sim-modem: " + folder.path() + " is there and is no link\n");
-    Program second({"--pty", folder.filePath("modem"), "--control", folder.path()});
+    Program second(WMSG_SIM_MODEM, {"--pty", folder.filePath("modem"), "--control", folder.path()});
     QCOMPARE(second.end(), 1);
     QCOMPARE(second.err(), "wmsg-sim-modem: " + folder.path() + " is there and is no socket\n");
 }
