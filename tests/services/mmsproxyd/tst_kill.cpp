@@ -10,15 +10,15 @@
 #include "platform/applog/applog.h"
 #include "services/common/push_client.h"
 #include "tests/services/mmsproxyd/mmsc_script.h"
+#include "tests/support/kill_steps.h"
+#include "tests/support/program.h"
 #include "tests/support/proxy_records.h"
 
-#include <QtCore/QProcess>
 #include <QtCore/QTemporaryDir>
 #include <QtNetwork/QLocalSocket>
 #include <QtNetwork/QTcpServer>
 #include <QtNetwork/QTcpSocket>
 
-#include <csignal>
 #include <memory>
 
 using namespace std::chrono_literals;
@@ -28,7 +28,8 @@ using wmsg::service::PushRequest;
 namespace {
 
 constexpr int kPatience = 60000;
-constexpr int kMostSteps = 1000; // no exchange takes so many
+constexpr int kLeastSteps = 20;
+constexpr int kStartSteps = 40; // more than the next start has
 
 /// An MMSC that accepts everything and remembers it.
 class PatientMmsc : public QObject {
@@ -104,52 +105,22 @@ struct World {
 };
 
 /// One life of the daemon.
-class Life {
+class Life : public Program {
 public:
     Life(const World &world, int killAt)
     {
-        auto environment = QProcessEnvironment::systemEnvironment();
-        if (killAt > 0) {
-            environment.insert("LD_PRELOAD", WMSG_KILL_AT_LIBRARY);
-            environment.insert("WMSG_KILL_AT", QString::number(killAt));
-            environment.insert("ASAN_OPTIONS",
-                               environment.value("ASAN_OPTIONS") + ":verify_asan_link_order=0");
-        }
-        m_process.setProcessEnvironment(environment);
-        m_process.setStandardErrorFile(world.path("log"), QIODevice::Append);
-        m_process.start(WMSG_MMSPROXYD,
-                        {"--proxy-socket", world.path("proxy"), "--settings-socket",
-                         world.path("settings"), "--push-socket", world.path("push"), "--spool",
-                         world.path("spool"), "--mmsc", world.mmsc.url(), "--retry", "1,1,1,1",
-                         "--telephony", "no"});
-        m_isReady = QTest::qWaitFor([this] { return hasEnded() || m_process.bytesAvailable() > 0; },
-                                    kPatience);
-        m_isReady = m_isReady && !hasEnded();
+        process().setProcessEnvironment(killedAt(killAt));
+        process().setStandardErrorFile(world.path("log"), QIODevice::Append);
+        start(WMSG_MMSPROXYD,
+              {"--proxy-socket", world.path("proxy"), "--settings-socket", world.path("settings"),
+               "--push-socket", world.path("push"), "--spool", world.path("spool"), "--mmsc",
+               world.mmsc.url(), "--retry", "0.1,0.1,0.1,0.1", "--telephony", "no"});
+        m_isReady = !line().isEmpty() && !hasEnded();
     }
-    ~Life() { stop(); }
 
     [[nodiscard]] bool isReady() const { return m_isReady; }
-    [[nodiscard]] bool hasEnded() const { return m_process.state() == QProcess::NotRunning; }
-    /// Asks it to end, and tells whether it ended well.
-    bool stop()
-    {
-        if (!hasEnded()) {
-            m_process.terminate();
-            if (!m_process.waitForFinished(kPatience)) {
-                m_process.kill();
-                m_process.waitForFinished();
-            }
-        }
-        return m_process.exitStatus() == QProcess::NormalExit && m_process.exitCode() == 0;
-    }
-    [[nodiscard]] bool wasKilled() const
-    {
-        return hasEnded() && m_process.exitStatus() == QProcess::CrashExit
-            && m_process.exitCode() == SIGKILL;
-    }
 
 private:
-    QProcess m_process;
     bool m_isReady = false;
 };
 
@@ -240,12 +211,10 @@ private slots:
     void whileItRetrievesWhatIsCutOff();
 
 private:
-    using Exchange = bool(int killAt, int killAgainAt);
-    static Exchange sends;
-    static Exchange retrieves;
-    static Exchange retrievesWhatIsCutOff;
+    static KilledExchange sends;
+    static KilledExchange retrieves;
+    static KilledExchange retrievesWhatIsCutOff;
     static bool retrieve(World &world, int killAt, int killAgainAt, const QByteArray &text);
-    static void killAtEveryStep(Exchange *exchange);
 };
 
 /// Sends a message with a daemon that is killed; returns whether it was.
@@ -277,7 +246,7 @@ bool TestKill::sends(int killAt, int killAgainAt)
         const bool done =
             QTest::qWaitFor([&] { return world.filesIn("out").isEmpty(); }, kPatience);
         QTest::qVerify(done, "done", "the spool does not become empty", __FILE__, __LINE__);
-        QTest::qVerify(life.stop(), "stop", "it does not end well", __FILE__, __LINE__);
+        QTest::qVerify(life.stop() == 0, "stop", "it does not end well", __FILE__, __LINE__);
     }
     const bool isTaken = !QFile::exists(source);
     const auto &sent = world.mmsc.sends;
@@ -292,7 +261,7 @@ bool TestKill::sends(int killAt, int killAgainAt)
 
 void TestKill::whileItSends()
 {
-    killAtEveryStep(sends);
+    killAtEveryStep(sends, kLeastSteps, kStartSteps);
 }
 
 /// Retrieves a message with a daemon that is killed; returns whether it was.
@@ -357,7 +326,9 @@ bool TestKill::retrieve(World &world, int killAt, int killAgainAt, const QByteAr
             QTest::qVerify(world.mmsc.fetched == fetched, "fetched", "fetched again", __FILE__,
                            __LINE__);
         }
-        life.stop();
+        const int exitCode = life.stop();
+        QTest::qVerify(at != 0 || exitCode == 0, "stop", "it does not end well", __FILE__,
+                       __LINE__);
         QCoreApplication::processEvents(); // what was said before it died
         (void)isDone();
         wasKilled = wasKilled || (at == killAt && life.wasKilled());
@@ -379,31 +350,12 @@ bool TestKill::retrieve(World &world, int killAt, int killAgainAt, const QByteAr
 
 void TestKill::whileItRetrieves()
 {
-    killAtEveryStep(retrieves);
+    killAtEveryStep(retrieves, kLeastSteps, kStartSteps);
 }
 
 void TestKill::whileItRetrievesWhatIsCutOff()
 {
-    killAtEveryStep(retrievesWhatIsCutOff);
-}
-
-/// One exchange has a step more than another, now and then.
-void TestKill::killAtEveryStep(Exchange *exchange)
-{
-    constexpr int kStartAgain = 40; // more steps than the next start has
-    int steps = 0;
-    for (int n = 1; n < steps + 4; ++n) {
-        const int again = 1 + n % kStartAgain;
-        const bool wasKilled = exchange(n, again);
-        if (QTest::currentTestFailed()) {
-            qInfo("killed before step %d, and then before step %d", n, again);
-            return;
-        }
-        steps = wasKilled ? n : steps;
-        QVERIFY(steps < kMostSteps);
-    }
-    qInfo("killed before each of %d steps", steps);
-    QVERIFY(steps > 20);
+    killAtEveryStep(retrievesWhatIsCutOff, kLeastSteps, kStartSteps);
 }
 
 QTEST_GUILESS_MAIN(TestKill)

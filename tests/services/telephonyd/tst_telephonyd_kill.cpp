@@ -7,13 +7,13 @@
 
 #include "platform/telephony/telephony_records_p.h"
 #include "tests/services/telephonyd/fake_modem.h"
+#include "tests/support/kill_steps.h"
+#include "tests/support/program.h"
 
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
-#include <QtCore/QProcess>
 #include <QtNetwork/QLocalSocket>
 
-#include <csignal>
 #include <map>
 #include <set>
 
@@ -22,24 +22,8 @@ using namespace wmsg::telephony;
 namespace {
 
 constexpr int kPatience = 60000;
-constexpr int kMostSteps = 1000; // no exchange takes so many
-
-QProcessEnvironment killedAt(int step)
-{
-    auto environment = QProcessEnvironment::systemEnvironment();
-    if (step > 0) {
-        environment.insert("LD_PRELOAD", WMSG_KILL_AT_LIBRARY);
-        environment.insert("WMSG_KILL_AT", QString::number(step));
-        environment.insert("ASAN_OPTIONS",
-                           environment.value("ASAN_OPTIONS") + ":verify_asan_link_order=0");
-    }
-    return environment;
-}
-
-bool isKilled(const QProcess &process)
-{
-    return process.exitStatus() == QProcess::CrashExit && process.exitCode() == SIGKILL;
-}
+constexpr int kLeastSteps = 15;
+constexpr int kStartSteps = 25; // more than the next start has
 
 /// What outlives a daemon: a folder, and a client that keeps what has no result.
 class Application : public QObject {
@@ -145,14 +129,12 @@ class TestTelephonydKill : public QObject {
     Q_OBJECT
 
 private slots:
-    void whileItSendsAndDelivers() { killAtEveryStep(sendsAndDelivers, 15); }
-    void whilePartsArrive() { killAtEveryStep(receivesParts, 15); }
+    void whileItSendsAndDelivers() { killAtEveryStep(sendsAndDelivers, kLeastSteps, kStartSteps); }
+    void whilePartsArrive() { killAtEveryStep(receivesParts, kLeastSteps, kStartSteps); }
 
 private:
-    using Exchange = bool(int killAt, int killAgainAt);
-    static Exchange sendsAndDelivers;
-    static Exchange receivesParts;
-    static void killAtEveryStep(Exchange *exchange, int leastSteps);
+    static KilledExchange sendsAndDelivers;
+    static KilledExchange receivesParts;
 };
 
 /// Sends a message that comes back, with a daemon that is killed; returns whether it was.
@@ -163,34 +145,29 @@ bool TestTelephonydKill::sendsAndDelivers(int killAt, int killAgainAt)
     size_t windows = 0;
     for (const int at : {killAt, killAgainAt, 0}) {
         const size_t cameBefore = application.cameBack();
-        QProcess daemon;
-        daemon.setProcessEnvironment(killedAt(at));
-        daemon.setStandardErrorFile(application.path("log"), QIODevice::Append);
+        Program daemon;
+        daemon.process().setProcessEnvironment(killedAt(at));
+        daemon.process().setStandardErrorFile(application.path("log"), QIODevice::Append);
         daemon.start(
             WMSG_TELEPHONYD,
             {"--socket", application.path("socket"), "--spool", application.path("spool")});
-        const auto hasEnded = [&] {
-            return daemon.state() == QProcess::NotRunning;
-        };
-        (void)QTest::qWaitFor([&] { return hasEnded() || daemon.bytesAvailable() > 0; }, kPatience);
+        (void)daemon.line();
         application.connectToDaemon();
         const bool done = QTest::qWaitFor(
             [&] {
-                return hasEnded()
+                return daemon.hasEnded()
                     || (application.hasAll() && application.filesOf("out").isEmpty()
                         && application.filesOf("in").isEmpty());
             },
             kPatience);
         QTest::qVerify(done, "done", "it gets nowhere", __FILE__, __LINE__);
-        daemon.terminate();
-        (void)daemon.waitForFinished(kPatience);
+        const int exitCode = daemon.stop();
         QCoreApplication::processEvents(); // what was said before it died
         application.leave();
-        wasKilled = wasKilled || (at == killAt && isKilled(daemon));
+        wasKilled = wasKilled || (at == killAt && daemon.wasKilled());
         // It came back, and its result is not written down: it is sent again.
         windows += application.isUnsent() && application.cameBack() > cameBefore ? 1 : 0;
-        QTest::qVerify(at != 0 || !isKilled(daemon), "end", "it does not end well", __FILE__,
-                       __LINE__);
+        QTest::qVerify(at != 0 || exitCode == 0, "end", "it does not end well", __FILE__, __LINE__);
     }
     QTest::qVerify(application.results == QList<QByteArray>{"0"}, "results", "no result", __FILE__,
                    __LINE__);
@@ -233,14 +210,14 @@ bool TestTelephonydKill::receivesParts(int killAt, int killAgainAt)
     bool wasKilled = false;
     QMap<QByteArray, QByteArray> came; // id -> text
     for (const int at : {killAt, killAgainAt, 0, 0}) {
-        QProcess process;
-        process.setProcessEnvironment(killedAt(at));
-        process.start(WMSG_INBOX_FEEDER, {folder.filePath("spool"), modem.path()});
-        (void)process.waitForFinished(kPatience);
-        wasKilled = wasKilled || (at == killAt && isKilled(process));
-        QTest::qVerify(at != 0 || process.exitCode() == 0, "end",
-                       process.readAllStandardError().constData(), __FILE__, __LINE__);
-        const auto lines = process.readAllStandardOutput().split('\n');
+        Program feeder;
+        feeder.process().setProcessEnvironment(killedAt(at));
+        feeder.start(WMSG_INBOX_FEEDER, {folder.filePath("spool"), modem.path()});
+        const int exitCode = feeder.end();
+        wasKilled = wasKilled || (at == killAt && feeder.wasKilled());
+        QTest::qVerify(at != 0 || exitCode == 0, "end", qPrintable(feeder.err()), __FILE__,
+                       __LINE__);
+        const auto lines = feeder.process().readAllStandardOutput().split('\n');
         for (const QByteArray &line : lines) {
             if (!line.isEmpty()) {
                 came[line.left(16)] = line.mid(17);
@@ -255,25 +232,6 @@ bool TestTelephonydKill::receivesParts(int killAt, int killAgainAt)
     QTest::qVerify(filesIn(folder.filePath("spool/kept")).isEmpty(), "kept", "kept aside", __FILE__,
                    __LINE__);
     return wasKilled;
-}
-
-/// One exchange has a step more than another, now and then.
-void TestTelephonydKill::killAtEveryStep(Exchange *exchange, int leastSteps)
-{
-    constexpr int kStartAgain = 25; // more steps than the next start has
-    int steps = 0;
-    for (int n = 1; n < steps + 4; ++n) {
-        const int again = 1 + n % kStartAgain;
-        const bool wasKilled = exchange(n, again);
-        if (QTest::currentTestFailed()) {
-            qInfo("killed before step %d, and then before step %d", n, again);
-            return;
-        }
-        steps = wasKilled ? n : steps;
-        QVERIFY(steps < kMostSteps);
-    }
-    qInfo("killed before each of %d steps", steps);
-    QVERIFY(steps > leastSteps);
 }
 
 QTEST_GUILESS_MAIN(TestTelephonydKill)
