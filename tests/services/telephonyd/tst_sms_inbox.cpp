@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include "services/telephonyd/inbox.h"
+#include "tests/services/telephonyd/box_records.h"
 #include "tests/services/telephonyd/fake_modem.h"
 #include "tests/support/hex.h"
 
@@ -86,6 +87,7 @@ private slots:
 
     void dataAndPortsAreKept()
     {
+        QTest::ignoreMessage(QtInfoMsg, "a message to port 9000 is here");
         auto sms = smsOf(QString());
         sms.coding = wmsg::telephony::Coding::Binary;
         sms.header = QByteArray::fromHex("06050423282329");
@@ -359,43 +361,33 @@ private slots:
 
     void aRecordThatCannotBeUsedIsKeptAside_data()
     {
-        QTest::addColumn<QByteArray>("json");
         const QByteArray good =
             "{\"version\":1,\"kind\":\"whole\",\"kept\":1,\"id\":\"00000000000000"
             "0a\",\"coding\":\"text\",\"body\":\"6800\",\"sender\":\"31\","
             "\"time\":0,\"segments\":[{\"digest\":\"aa\",\"time\":0}]}";
-        QTest::newRow("this one is good") << good;
-        const auto bad = [&good](const char *name, const QByteArray &from, const QByteArray &to) {
-            QByteArray json = good;
-            QTest::newRow(name) << json.replace(from, to);
-        };
-        bad("another version", "\"version\":1", "\"version\":2");
-        bad("no JSON", "}]}", "}]");
-        bad("another kind", "whole", "most");
-        bad("half a character", "6800", "680068");
-        bad("no digits", "6800", "zz00");
-        bad("a short id", "\"00000000000000", "\"");
-        bad("no id", "\"id\"", "\"ix\"");
-        bad("no segments", "[{\"digest\":\"aa\",\"time\":0}]", "[]");
-        bad("no digest", "\"digest\":\"aa\",", "");
-        bad("a time that is no number", "\"time\":0,\"seg", "\"time\":\"0\",\"seg");
-        bad("a port that is none", "\"time\":0,\"seg", "\"port\":65536,\"time\":0,\"seg");
-        bad("a part of nothing", "whole", "part");
+        addRecordRows(
+            good,
+            {{"another version", "\"version\":1", "\"version\":2"},
+             {"no JSON", "}]}", "}]"},
+             {"another kind", "whole", "most"},
+             {"half a character", "6800", "680068"},
+             {"no digits", "6800", "zz00"},
+             {"a short id", "\"00000000000000", "\""},
+             {"no id", "\"id\"", "\"ix\""},
+             {"no segments", "[{\"digest\":\"aa\",\"time\":0}]", "[]"},
+             {"no digest", "\"digest\":\"aa\",", ""},
+             {"a time that is no number", "\"time\":0,\"seg", "\"time\":\"0\",\"seg"},
+             {"a port that is none", "\"time\":0,\"seg", "\"port\":65536,\"time\":0,\"seg"},
+             {"a part of nothing", "whole", "part"}});
     }
     void aRecordThatCannotBeUsedIsKeptAside()
     {
         QFETCH(QByteArray, json);
-        const bool isGood = qstrcmp(QTest::currentDataTag(), "this one is good") == 0;
+        QFETCH(bool, isGood);
         {
             Life life(spool());
         }
-        QFile file(box() + "/00000000000000000007.json");
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(json);
-        file.close();
-        if (!isGood) {
-            QTest::ignoreMessage(QtWarningMsg, QRegularExpression("record 7 is kept aside: "));
-        }
+        writeRowRecord(box(), json, isGood);
         Life life(spool());
         QCOMPARE(life.texts(), isGood ? QStringList{"h"} : QStringList());
         QCOMPARE(filesIn(spool() + "/kept").size(), isGood ? 0 : 2);
@@ -407,11 +399,10 @@ private slots:
             Life life(spool());
         }
         for (size_t i = 1; i <= Inbox::kMostRemembered + 5; ++i) {
-            QFile one(box() + QString("/%1.json").arg(i, 20, 10, QChar('0')));
-            QVERIFY(one.open(QIODevice::WriteOnly));
-            one.write("{\"version\":1,\"kind\":\"over\",\"kept\":"
-                      + QByteArray::number(currentTime())
-                      + ",\"segments\":[{\"digest\":\"aa\",\"time\":0,\"place\":\"31\"}]}");
+            writeRecord(box(), int(i),
+                        "{\"version\":1,\"kind\":\"over\",\"kept\":"
+                            + QByteArray::number(currentTime())
+                            + ",\"segments\":[{\"digest\":\"aa\",\"time\":0,\"place\":\"31\"}]}");
         }
         Life life(spool());
         QCOMPARE(filesIn(box()).size(), qsizetype(Inbox::kMostRemembered));
@@ -422,14 +413,9 @@ private:
     QString spool() const { return m_folder->filePath("spool"); }
     QString box() const { return spool() + "/in"; }
 
-    /// As a daemon before has written it, but not durably: that takes long for many.
     void writePart(int id, const IncomingSms &sms) const
     {
-        QJsonObject record = incomingRecord(sms).toJson();
-        record["version"] = 1;
-        QFile file(box() + QString("/%1.json").arg(id, 20, 10, QChar('0')));
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(QJsonDocument(record).toJson());
+        writeRecord(box(), id, incomingRecord(sms).toJson());
     }
 
     std::unique_ptr<QTemporaryDir> m_folder;

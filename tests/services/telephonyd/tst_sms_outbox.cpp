@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include "services/telephonyd/outbox.h"
+#include "tests/services/telephonyd/box_records.h"
 #include "tests/services/telephonyd/fake_modem.h"
 #include "tests/support/hex.h"
 
@@ -360,11 +361,7 @@ private slots:
             OutgoingRecord record;
             record.client = "a";
             record.send = textTo("1", int(i));
-            QJsonObject json = record.toJson();
-            json["version"] = 1;
-            QFile file(box() + QString("/%1.json").arg(i, 20, 10, QChar('0')));
-            QVERIFY(file.open(QIODevice::WriteOnly));
-            file.write(QJsonDocument(json).toJson());
+            writeRecord(box(), int(i), record.toJson());
         }
         Life life(spool());
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression("too many messages"));
@@ -393,36 +390,25 @@ private slots:
 
     void aRecordThatCannotBeUsedIsKeptAside_data()
     {
-        QTest::addColumn<QByteArray>("json");
         const QByteArray good = "{\"version\":1,\"client\":\"61\",\"taken\":1,\"reference\":3,"
                                 "\"coding\":\"data\",\"destination\":\"31\",\"body\":\"00\"}";
-        QTest::newRow("this one is good") << good;
-        const auto bad = [&good](const char *name, const QByteArray &from, const QByteArray &to) {
-            QByteArray json = good;
-            QTest::newRow(name) << json.replace(from, to);
-        };
-        bad("no client", "\"client\"", "\"klient\"");
-        bad("no reference", "\"reference\"", "\"ref\"");
-        bad("another coding", "data", "date");
-        bad("no number", "\"31\"", "\"41\"");
-        bad("too long", "\"00\"", '"' + QByteArray(282, '0') + '"');
-        bad("no digits", "\"00\"", "\"0x\"");
-        bad("a status that is none", "\"body\"", "\"status\":-1,\"body\"");
+        addRecordRows(good,
+                      {{"no client", "\"client\"", "\"klient\""},
+                       {"no reference", "\"reference\"", "\"ref\""},
+                       {"another coding", "data", "date"},
+                       {"no number", "\"31\"", "\"41\""},
+                       {"too long", "\"00\"", '"' + QByteArray(282, '0') + '"'},
+                       {"no digits", "\"00\"", "\"0x\""},
+                       {"a status that is none", "\"body\"", "\"status\":-1,\"body\""}});
     }
     void aRecordThatCannotBeUsedIsKeptAside()
     {
         QFETCH(QByteArray, json);
-        const bool isGood = qstrcmp(QTest::currentDataTag(), "this one is good") == 0;
+        QFETCH(bool, isGood);
         {
             Life life(spool());
         }
-        QFile file(box() + "/00000000000000000007.json");
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(json);
-        file.close();
-        if (!isGood) {
-            QTest::ignoreMessage(QtWarningMsg, QRegularExpression("record 7 is kept aside: "));
-        }
+        writeRowRecord(box(), json, isGood);
         Life life(spool());
         life.outbox.setReady(true);
         QCOMPARE(life.modem.sends.size(), isGood ? 1 : 0);
