@@ -12,7 +12,6 @@
 
 #include <QtCore/QFile>
 
-#include <cstdio>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -20,10 +19,6 @@ using namespace Qt::StringLiterals;
 namespace wmsg::cli {
 
 namespace {
-
-constexpr int kPatience = 60000; // milliseconds
-constexpr char kReceiver[] = "wmsg.demo.receiver";
-constexpr char kSender[] = "wmsg.demo.sender";
 
 // A GIF of one point.
 constexpr unsigned char kPicture[] = {0x47, 0x49, 0x46, 0x38, 0x39, 0x61, 0x01, 0x00, 0x01,
@@ -40,7 +35,7 @@ QString writePicture(const QString &path)
     return isWritten ? QString() : path + u": "_s + file.errorString();
 }
 
-DraftRequest requestWith(const QString &picture)
+DraftRequest requestWith(const QString &picture, QLatin1String receiver)
 {
     DraftRequest request;
     request.to = {QByteArrayLiteral("+15550101")};
@@ -50,67 +45,27 @@ DraftRequest requestWith(const QString &picture)
     request.pduType = MMS_PDU_SEND_REQ;
     request.priority = 129;
     request.messageClass = 128;
-    request.appId = QByteArray(kReceiver);
+    request.appId = QByteArray(receiver.data(), receiver.size());
     request.sizeLimit = 100000;
     return request;
 }
 
 } // namespace
 
-/// One of the two: a session and what it hears.
-class BoxDemo::Application : public WMFMListener {
-public:
-    Application() : WMFMListener(nullptr)
-    {
-        WMFM::STATUS_T status = WMFM::STATUS_FAIL;
-        auto *opened = WMFMSession::open(WMFM::MSG_TYPE_MMS, status);
-        m_session.reset(dynamic_cast<WMMSSession *>(opened));
-        m_isOpen = m_session && status == WMFM::STATUS_OK && m_session->setListener(this, status);
-    }
-
-    [[nodiscard]] bool isOpen() const { return m_isOpen; }
-    [[nodiscard]] WMMSSession &session() { return *m_session; }
-
-    std::function<void(int id, int status)> onStatus;
-    std::function<void(WMFMMsg *message)> onMessage;
-
-    void statusChanged(int id, WMFM::STATUS_T status) override { onStatus(id, status); }
-    void msgIncome(WMFMMsg *message) override
-    {
-        const std::unique_ptr<WMFMMsg> owner(message);
-        if (onMessage) {
-            onMessage(message);
-        }
-    }
-    QString listenerName() const override { return QStringLiteral("wmsg box"); }
-
-private:
-    struct Closer {
-        void operator()(WMMSSession *session) const { WMFMSession::close(session); }
-    };
-
-    std::unique_ptr<WMMSSession, Closer> m_session;
-    bool m_isOpen = false;
-};
-
-BoxDemo::BoxDemo(QString folder) : m_folder(std::move(folder))
+BoxDemo::BoxDemo(QString folder)
+    : Demo(u"the message did not arrive in a minute"_s), m_folder(std::move(folder))
 {
-    m_patience.setSingleShot(true);
-    connect(&m_patience, &QTimer::timeout, this,
-            [this] { Q_EMIT failed(u"the message did not arrive in a minute"_s); });
 }
-
-BoxDemo::~BoxDemo() = default;
 
 void BoxDemo::start()
 {
-    m_sender = std::make_unique<Application>();
-    m_receiver = std::make_unique<Application>();
+    m_sender = std::make_unique<Application<WMMSSession>>(WMFM::MSG_TYPE_MMS);
+    m_receiver = std::make_unique<Application<WMMSSession>>(WMFM::MSG_TYPE_MMS);
     if (!m_sender->isOpen() || !m_receiver->isOpen()) {
         Q_EMIT failed(u"no session can be opened"_s);
         return;
     }
-    m_patience.start(kPatience);
+    wait();
     m_receiver->onStatus = [this](int, int status) {
         registered(status);
     };
@@ -125,8 +80,8 @@ void BoxDemo::start()
         }
     };
     WMFM::STATUS_T status = WMFM::STATUS_OK;
-    m_receiver->session().registerAppID(QLatin1String(kReceiver), status);
-    m_sender->session().registerAppID(QLatin1String(kSender), status);
+    m_receiver->session().registerAppID(kReceiver, status);
+    m_sender->session().registerAppID(kSender, status);
 }
 
 void BoxDemo::registered(int status)
@@ -142,7 +97,7 @@ void BoxDemo::send()
 {
     const QString picture = m_folder + u"/picture.gif"_s;
     QString problem = writePicture(picture);
-    const DraftRequest request = requestWith(picture);
+    const DraftRequest request = requestWith(picture, kReceiver);
     Draft draft(request);
     if (problem.isEmpty()) {
         problem = draft.make();
@@ -158,20 +113,18 @@ void BoxDemo::send()
         Q_EMIT failed(u"not sent: "_s + statusInWords(status));
         return;
     }
-    say(u"%1 sends a picture with text to +15550101, for %2.\n"_s.arg(QLatin1String(kSender),
-                                                                      QLatin1String(kReceiver)));
+    say(u"%1 sends a picture with text to +15550101, for %2.\n"_s.arg(kSender, kReceiver));
 }
 
 void BoxDemo::sent(int status)
 {
     if (status == kStatusWillRetry) {
-        say(u"%1: %2.\n"_s.arg(QLatin1String(kSender), statusInWords(status)));
+        say(u"%1: %2.\n"_s.arg(kSender, statusInWords(status)));
     } else if (status != WMFM::STATUS_OK) {
         Q_EMIT failed(u"not sent: "_s + statusInWords(status));
     } else {
-        say(u"%1: sent.\n"_s.arg(QLatin1String(kSender)));
-        m_isSent = true;
-        endWhenAllIsDone();
+        say(u"%1: sent.\n"_s.arg(kSender));
+        messageIsSent();
     }
 }
 
@@ -182,19 +135,8 @@ void BoxDemo::arrived(WMFMMsg *message)
         Q_EMIT failed(u"what arrived is no multimedia message"_s);
         return;
     }
-    say(u"%1 has received:\n"_s.arg(QLatin1String(kReceiver))
-        + contentView(*picture, Detail::Short));
-    m_hasArrived = true;
-    endWhenAllIsDone();
-}
-
-void BoxDemo::endWhenAllIsDone()
-{
-    std::fflush(stdout);
-    if (m_isSent && m_hasArrived) {
-        m_patience.stop();
-        Q_EMIT succeeded();
-    }
+    say(u"%1 has received:\n"_s.arg(kReceiver) + contentView(*picture, Detail::Short));
+    messageHasArrived();
 }
 
 } // namespace wmsg::cli

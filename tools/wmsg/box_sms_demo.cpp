@@ -18,10 +18,7 @@ namespace wmsg::cli {
 
 namespace {
 
-constexpr int kPatience = 60000; // milliseconds
 constexpr unsigned char kPhoneNumber = 1;
-constexpr auto kReceiver = "wmsg.demo.receiver"_L1;
-constexpr auto kSender = "wmsg.demo.sender"_L1;
 
 QString demoText()
 {
@@ -30,65 +27,17 @@ QString demoText()
 
 } // namespace
 
-/// One of the two: a session and what it hears.
-class BoxSmsDemo::Application : public WMFMListener {
-public:
-    Application() : WMFMListener(nullptr)
-    {
-        WMFM::STATUS_T status = WMFM::STATUS_FAIL;
-        auto *opened = WMFMSession::open(WMFM::MSG_TYPE_SMS, status);
-        m_session.reset(dynamic_cast<WSMSSession *>(opened));
-        m_isOpen = m_session && status == WMFM::STATUS_OK && m_session->setListener(this, status);
-    }
-
-    [[nodiscard]] bool isOpen() const { return m_isOpen; }
-    [[nodiscard]] WSMSSession &session() { return *m_session; }
-
-    std::function<void(int id, int status)> onStatus;
-    std::function<void(WMFMMsg *message)> onMessage;
-
-    void statusChanged(int id, WMFM::STATUS_T status) override
-    {
-        if (onStatus) {
-            onStatus(id, status);
-        }
-    }
-    void msgIncome(WMFMMsg *message) override
-    {
-        const std::unique_ptr<WMFMMsg> owner(message);
-        if (onMessage) {
-            onMessage(message);
-        }
-    }
-    QString listenerName() const override { return QStringLiteral("wmsg box"); }
-
-private:
-    struct Closer {
-        void operator()(WSMSSession *session) const { WMFMSession::close(session); }
-    };
-
-    std::unique_ptr<WSMSSession, Closer> m_session;
-    bool m_isOpen = false;
-};
-
-BoxSmsDemo::BoxSmsDemo()
-{
-    m_patience.setSingleShot(true);
-    connect(&m_patience, &QTimer::timeout, this,
-            [this] { Q_EMIT failed(u"the short message did not arrive in a minute"_s); });
-}
-
-BoxSmsDemo::~BoxSmsDemo() = default;
+BoxSmsDemo::BoxSmsDemo() : Demo(u"the short message did not arrive in a minute"_s) { }
 
 void BoxSmsDemo::start()
 {
-    m_sender = std::make_unique<Application>();
-    m_receiver = std::make_unique<Application>();
+    m_sender = std::make_unique<Application<WSMSSession>>(WMFM::MSG_TYPE_SMS);
+    m_receiver = std::make_unique<Application<WSMSSession>>(WMFM::MSG_TYPE_SMS);
     if (!m_sender->isOpen() || !m_receiver->isOpen()) {
         Q_EMIT failed(u"no session for short messages can be opened"_s);
         return;
     }
-    m_patience.start(kPatience);
+    wait();
     m_sender->session().setTakesMessages(false);
     m_sender->onStatus = [this](int id, int status) {
         if (id == m_request) {
@@ -120,8 +69,7 @@ void BoxSmsDemo::sent(int status)
         return;
     }
     say(u"%1: sent.\n"_s.arg(kSender));
-    m_isSent = true;
-    endWhenAllIsDone();
+    messageIsSent();
 }
 
 void BoxSmsDemo::arrived(WMFMMsg *message)
@@ -133,17 +81,7 @@ void BoxSmsDemo::arrived(WMFMMsg *message)
     }
     say(u"%1 has received a short message, %2:\n"_s.arg(kReceiver, smsHead(*shortMessage))
         + smsContent(*shortMessage));
-    m_hasArrived = true;
-    endWhenAllIsDone();
-}
-
-void BoxSmsDemo::endWhenAllIsDone()
-{
-    std::fflush(stdout);
-    if (m_isSent && m_hasArrived) {
-        m_patience.stop();
-        Q_EMIT succeeded();
-    }
+    messageHasArrived();
 }
 
 } // namespace wmsg::cli

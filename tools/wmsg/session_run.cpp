@@ -11,10 +11,8 @@ namespace wmsg::cli {
 
 bool SessionRun::open()
 {
-    WMFM::STATUS_T status = WMFM::STATUS_FAIL;
-    auto *opened = WMFMSession::open(WMFM::MSG_TYPE_MMS, status);
-    m_session.reset(dynamic_cast<WMMSSession *>(opened));
-    if (!m_session || status != WMFM::STATUS_OK || !m_session->setListener(this, status)) {
+    m_session = openSession<WMMSSession>(WMFM::MSG_TYPE_MMS, this);
+    if (!m_session) {
         complain(u"no session can be opened"_s);
         return false;
     }

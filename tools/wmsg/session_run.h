@@ -4,10 +4,9 @@
 #pragma once
 
 #include "tools/wmsg/listening_run.h"
+#include "tools/wmsg/owned_session.h"
 
 #include <mms/session/wmmssession.h>
-
-#include <memory>
 
 namespace wmsg::cli {
 
@@ -22,16 +21,12 @@ protected:
     [[nodiscard]] WMMSSession *session() const { return m_session.get(); }
 
 private:
-    struct Closer {
-        void operator()(WMMSSession *session) const { WMFMSession::close(session); }
-    };
-
     bool open() override;
     void close() override { m_session.reset(); }
     void watchConnection();
     [[nodiscard]] QString connectionProblem() const;
 
-    std::unique_ptr<WMMSSession, Closer> m_session;
+    OwnedSession<WMMSSession> m_session;
     bool m_wasConnected = false;
 };
 

@@ -11,10 +11,8 @@ namespace wmsg::cli {
 
 bool SmsRun::open()
 {
-    WMFM::STATUS_T status = WMFM::STATUS_FAIL;
-    auto *opened = WMFMSession::open(WMFM::MSG_TYPE_SMS, status);
-    m_session.reset(dynamic_cast<WSMSSession *>(opened));
-    if (!m_session || status != WMFM::STATUS_OK || !m_session->setListener(this, status)) {
+    m_session = openSession<WSMSSession>(WMFM::MSG_TYPE_SMS, this);
+    if (!m_session) {
         const QByteArray path = qgetenv("WMSG_TELEPHONY_SOCKET");
         complain(u"no telephony service answers at %1 (is wmsg-telephonyd running?)"_s.arg(
             path.isEmpty() ? u"/tmp/wmsg-telephony"_s : shownName(path)));

@@ -4,10 +4,9 @@
 #pragma once
 
 #include "tools/wmsg/listening_run.h"
+#include "tools/wmsg/owned_session.h"
 
 #include <sms/wsmssession.h>
-
-#include <memory>
 
 namespace wmsg::cli {
 
@@ -18,14 +17,10 @@ protected:
     [[nodiscard]] WSMSSession *session() const { return m_session.get(); }
 
 private:
-    struct Closer {
-        void operator()(WSMSSession *session) const { WMFMSession::close(session); }
-    };
-
     bool open() override;
     void close() override { m_session.reset(); }
 
-    std::unique_ptr<WSMSSession, Closer> m_session;
+    OwnedSession<WSMSSession> m_session;
 };
 
 } // namespace wmsg::cli
