@@ -4,6 +4,7 @@
 #include "services/intake/body_intake.h"
 
 #include "services/intake/transfer_encoding.h"
+#include "services/intake/wire_bytes.h"
 #include "services/intake/wire_values.h"
 #include "services/intake/xml_declaration.h"
 
@@ -316,7 +317,6 @@ bool beginsMultipart(QByteArrayView body)
     }
     // Most types are a number, bare or behind a length.
     constexpr quint8 kFirstNumber = 0x80;
-    constexpr quint8 kLengthQuote = 31;
     const auto first = static_cast<quint8>(extent->header.front());
     const auto second =
         static_cast<quint8>(extent->header.size() > 1 ? extent->header[1] : char(0));

@@ -4,6 +4,7 @@
 #include "services/intake/header_intake.h"
 
 #include "services/intake/address.h"
+#include "services/intake/wire_bytes.h"
 #include "services/intake/wire_values.h"
 
 #include <algorithm>
@@ -66,12 +67,8 @@ enum Id : quint8 {
     ApplicationInfo = 0x39,
 };
 
-constexpr quint8 kHighBit = 0x80;
-constexpr quint8 kYes = 128;
-constexpr quint8 kNo = 129;
 constexpr quint8 kFirstToken = 128;
 constexpr quint8 kSecondToken = 129;
-constexpr int kLengthQuote = 31;
 
 bool comesFromNetwork(quint8 type)
 {

@@ -3,6 +3,7 @@
 
 #include "services/intake/media_type.h"
 
+#include "services/intake/wire_bytes.h"
 #include "services/intake/wire_values.h"
 
 #include <WMMSContentType>
@@ -10,19 +11,15 @@
 #include <algorithm>
 #include <array>
 
-// content-type := number (0x80..0xFF) | text | value-length (number | long-integer | text)
-// *parameter parameter    := token (0x80..0xFF) value | text-name value text         := media *(
-// ";" name "=" value )      as mail has it; WSP has no parameters there
+// content-type := number (0x80..0xFF) | text
+//               | value-length (number | long-integer | text) *parameter
+//   parameter  := token (0x80..0xFF) value | text-name value
+//   text       := media *( ";" name "=" value )   as mail has it; WSP has no parameters there
 
 namespace wmsg::intake {
 
 namespace {
 
-constexpr quint8 kHighBit = 0x80;
-constexpr quint8 kLengthQuote = 31;
-constexpr int kQuote = 127; // in front of a text
-constexpr int kLocation = 0x8E;
-constexpr int kContentId = 0xC0;
 constexpr int kRelated = 0x33;
 constexpr int kMixed = 0x23;
 constexpr int kHighestWritten = 62; // the library writes the higher ones as text
@@ -301,7 +298,7 @@ private:
     }
     bool readTextTo(QByteArray &out)
     {
-        const bool hasQuote = peekByte(m_stream) == kQuote;
+        const bool hasQuote = peekByte(m_stream) == kTextQuote;
         const auto text = readText(m_stream);
         if (!text) {
             return false;

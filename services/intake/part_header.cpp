@@ -3,6 +3,7 @@
 
 #include "services/intake/part_header.h"
 
+#include "services/intake/wire_bytes.h"
 #include "services/intake/wire_values.h"
 
 #include <algorithm>
@@ -16,13 +17,8 @@ namespace wmsg::intake {
 
 namespace {
 
-constexpr quint8 kHighBit = 0x80;
-constexpr int kLengthQuote = 31;
-constexpr quint8 kLocation = 0x8E;
-constexpr quint8 kContentId = 0xC0;
 constexpr quint8 kDisposition = 0xAE;
 constexpr quint8 kDispositionAgain = 0xC5;
-constexpr quint8 kCharset = 0x81;
 
 bool isSame(const QByteArray &a, const char *b)
 {
@@ -130,7 +126,7 @@ private:
     {
         ++m_stream.pos;
         const qint32 begin = m_stream.pos;
-        if (token == kCharset && m_isBehindType) {
+        if (token == kParamCharset && m_isBehindType) {
             const auto charset = readCharset(m_stream);
             m_header.type.charset = charset.value_or(Charset());
             m_header.isPlain = false;

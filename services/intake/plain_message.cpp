@@ -4,6 +4,7 @@
 #include "services/intake/plain_message.h"
 
 #include "services/intake/body_intake.h"
+#include "services/intake/wire_bytes.h"
 #include "services/intake/wire_values.h"
 
 #include <mms/codec/mms_hdr_s.h>
@@ -47,10 +48,8 @@ enum Type : quint8 {
     Delivery = 0x86,
 };
 
-constexpr quint8 kHighBit = 0x80;
 constexpr quint8 kFirstToken = 0x80;
 constexpr quint8 kSecondToken = 0x81;
-constexpr int kLengthQuote = 31;
 constexpr quint8 kUtf8 = 0xEA;
 constexpr quint8 kUsAscii = 0x83;
 constexpr QByteArrayView kEncodedWord("=?");
@@ -174,12 +173,11 @@ Content readMedia(WSP_Stream &stream)
 
 bool readParameter(WSP_Stream &value, Charset &charset)
 {
-    constexpr quint8 kCharset = 0x81;
     constexpr quint8 kName = 0x85;
     quint8 token = 0;
     quint8 number = 0;
     value.readByte(token);
-    if (token != kCharset) {
+    if (token != kParamCharset) {
         return token == kName && !readPlainText(value).isEmpty();
     }
     value.readByte(number);
@@ -218,8 +216,6 @@ bool readContentId(WSP_Stream &stream)
 
 bool isPlainPart(const Extent &part)
 {
-    constexpr quint8 kLocation = 0x8E;
-    constexpr quint8 kContentId = 0xC0;
     WSP_Stream stream = streamOver(part.header);
     Content content = Content::Unknown;
     Charset charset;

@@ -3,6 +3,8 @@
 
 #include "services/intake/wire_values.h"
 
+#include "services/intake/wire_bytes.h"
+
 #include "services/intake/transfer_encoding.h"
 
 #include <algorithm>
@@ -11,8 +13,6 @@ namespace wmsg::intake {
 
 namespace {
 
-constexpr quint8 kLengthQuote = 31;
-constexpr quint8 kQuote = 127;
 constexpr quint32 kLongestNumber = 30;
 
 /// Puts a stream back where it was, unless the reading is kept.
@@ -56,7 +56,7 @@ QByteArrayView takeToNul(WSP_Stream &stream)
 
 QByteArrayView withoutQuote(QByteArrayView bytes)
 {
-    return bytes.startsWith(char(kQuote)) ? bytes.sliced(1) : bytes;
+    return bytes.startsWith(char(kTextQuote)) ? bytes.sliced(1) : bytes;
 }
 
 /// What stands in front of the first character that is a NUL.
@@ -116,7 +116,7 @@ qsizetype endOfText(QByteArrayView bytes, qsizetype length, const Charset &chars
             nul + 1 < length && nul + 1 < bytes.size() && (bytes[nul + 1] & kFirstField) != 0;
         return takesFieldIn || length > bytes.size() ? nul + 1 : length;
     }
-    const bool goesOn = bytes[length] >= kFirstLetter && bytes[length] < char(kQuote);
+    const bool goesOn = bytes[length] >= kFirstLetter && bytes[length] < char(kTextQuote);
     const bool mayBeCut = !charset.isDeclared() || charset.number == Charset::kUtf8;
     return goesOn || (mayBeCut && isCutInCharacter(bytes.first(nul), length)) ? nul + 1 : length;
 }

@@ -3,6 +3,7 @@
 
 #include "tools/wmsg/header_field_walk.h"
 
+#include "services/intake/wire_bytes.h"
 #include "tools/wmsg/field_words.h"
 #include "tools/wmsg/text_view.h"
 
@@ -16,14 +17,15 @@ namespace wmsg::cli {
 
 namespace {
 
-constexpr quint8 kYes = 128;
-constexpr quint8 kNo = 129;
+using intake::kHighBit;
+using intake::kNo;
+using intake::kParamCharset;
+using intake::kParamStart;
+using intake::kParamType;
+using intake::kYes;
+
 constexpr quint8 kPresent = 128; // an address; of times: an absolute one
 constexpr quint8 kOther = 129; // the network inserts the address; a relative time
-constexpr quint8 kHighBit = 0x80;
-constexpr quint8 kParamCharset = 0x81;
-constexpr quint8 kParamType = 0x89;
-constexpr quint8 kParamStart = 0x8A;
 
 QString dateOf(quint32 seconds)
 {

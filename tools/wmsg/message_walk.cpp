@@ -7,6 +7,7 @@
 #include "services/intake/journal.h"
 #include "services/intake/media_type.h"
 #include "services/intake/push_envelope.h"
+#include "services/intake/wire_bytes.h"
 #include "services/intake/wire_values.h"
 #include "tools/wmsg/field_words.h"
 #include "tools/wmsg/header_field_walk.h"
@@ -30,8 +31,9 @@ namespace wmsg::cli {
 
 namespace {
 
-constexpr int kHighBit = 0x80;
-constexpr int kLengthQuote = 31;
+using intake::kHighBit;
+using intake::kLengthQuote;
+
 constexpr int kLastKnown = MMS_FIELD_TRANSACTION_ID;
 constexpr int kDeepestNesting = 16;
 constexpr quint8 kPush = 0x06;

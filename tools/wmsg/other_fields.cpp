@@ -4,6 +4,7 @@
 #include "tools/wmsg/other_fields.h"
 
 #include "services/intake/media_type.h"
+#include "services/intake/wire_bytes.h"
 #include "services/intake/wire_values.h"
 #include "tools/wmsg/field_words.h"
 #include "tools/wmsg/text_view.h"
@@ -20,8 +21,8 @@ namespace wmsg::cli {
 
 namespace {
 
-constexpr quint8 kHighBit = 0x80;
-constexpr int kLengthQuote = 31;
+using intake::kHighBit;
+using intake::kLengthQuote;
 
 enum class Shape {
     Any, // by the first byte alone

@@ -3,6 +3,7 @@
 
 #include "tools/wmsg/part_header_walk.h"
 
+#include "services/intake/wire_bytes.h"
 #include "tools/wmsg/field_words.h"
 #include "tools/wmsg/text_view.h"
 
@@ -14,15 +15,16 @@ namespace wmsg::cli {
 
 namespace {
 
-constexpr quint8 kLongestShortLength = 0x1F;
-constexpr quint8 kParamCharset = 0x81;
-constexpr quint8 kParamName = 0x85;
-constexpr quint8 kParamType = 0x89;
-constexpr quint8 kParamStart = 0x8A;
-constexpr quint8 kHeaderLocation = 0x8E;
-constexpr quint8 kHeaderContentId = 0xC0;
+using intake::kContentId;
+using intake::kLengthQuote;
+using intake::kLocation;
+using intake::kParamCharset;
+using intake::kParamName;
+using intake::kParamStart;
+using intake::kParamType;
+using intake::kTextQuote;
+
 constexpr quint8 kQuotedString = 0x22;
-constexpr char kTextQuote = 127;
 
 QString withoutQuotesAndBrackets(QString location)
 {
@@ -71,7 +73,7 @@ bool PartHeaderWalk::contentType()
     if (!m_in.byte(first, u"the content type"_s)) {
         return false;
     }
-    if (first > kLongestShortLength) {
+    if (first > kLengthQuote) {
         return media(m_in, first);
     }
     m_in.moveTo(m_in.pos() - 1);
@@ -91,7 +93,7 @@ bool PartHeaderWalk::contentType()
     if (!in.byte(first, u"the media type"_s)) {
         return take(in);
     }
-    if (first <= kLongestShortLength) {
+    if (first <= kLengthQuote) {
         return m_in.fail(start, u"a byte of %1 begins no media type"_s.arg(first));
     }
     return (media(in, first) && parameters(in)) || take(in);
@@ -217,14 +219,14 @@ bool PartHeaderWalk::headers()
     qint32 skipped = m_in.pos();
     while (m_in.hasMore()) {
         const int header = m_in.peek();
-        if (header != kHeaderLocation && header != kHeaderContentId) {
+        if (header != kLocation && header != kContentId) {
             m_in.moveTo(m_in.pos() + 1);
             continue;
         }
         stepOver(skipped, m_in.pos());
         m_in.moveTo(m_in.pos() + 1);
         const bool read =
-            header == kHeaderLocation ? m_in.text(m_location, u"Content-Location"_s) : contentId();
+            header == kLocation ? m_in.text(m_location, u"Content-Location"_s) : contentId();
         if (!read) {
             return false;
         }

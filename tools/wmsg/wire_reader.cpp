@@ -3,6 +3,7 @@
 
 #include "tools/wmsg/wire_reader.h"
 
+#include "services/intake/wire_bytes.h"
 #include "tools/wmsg/field_words.h"
 #include "tools/wmsg/text_view.h"
 
@@ -14,7 +15,8 @@ namespace wmsg::cli {
 
 namespace {
 
-constexpr int kLengthQuote = 31;
+using intake::kLengthQuote;
+
 constexpr quint32 kUtf8 = 106;
 constexpr qsizetype kShownText = 160;
 
