@@ -5,6 +5,7 @@
 
 #include <QtCore/QByteArray>
 #include <QtCore/QObject>
+#include <QtCore/QPointer>
 #include <QtCore/QString>
 
 #include <functional>
@@ -30,6 +31,14 @@ public:
     /// push sends `pdu` on its way. `done` is called once, from the event loop, unless `receiver`
     /// is gone by then.
     virtual void push(const QByteArray &pdu, QObject *receiver, Done done) = 0;
+
+protected:
+    /// What push() was told.
+    struct Waiting {
+        QByteArray pdu;
+        QPointer<QObject> receiver;
+        Done done;
+    };
 };
 
 } // namespace wmsg::sim

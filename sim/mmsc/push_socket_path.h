@@ -7,7 +7,6 @@
 #include "sim/mmsc/notification_path.h"
 
 #include <QtCore/QHash>
-#include <QtCore/QPointer>
 #include <QtCore/QQueue>
 
 namespace wmsg::sim {
@@ -23,12 +22,6 @@ public:
     void push(const QByteArray &pdu, QObject *receiver, Done done) override;
 
 private:
-    struct Waiting {
-        QByteArray pdu;
-        QPointer<QObject> receiver;
-        Done done;
-    };
-
     void startNext();
     void finish(const service::PushOutcome &outcome);
 

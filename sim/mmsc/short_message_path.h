@@ -6,7 +6,6 @@
 #include "sim/mmsc/notification_path.h"
 #include "sim/modem/control_client.h"
 
-#include <QtCore/QPointer>
 #include <QtCore/QQueue>
 
 namespace wmsg::sim {
@@ -23,12 +22,6 @@ public:
     void push(const QByteArray &pdu, QObject *receiver, Done done) override;
 
 private:
-    struct Waiting {
-        QByteArray pdu;
-        QPointer<QObject> receiver;
-        Done done;
-    };
-
     void startNext();
     [[nodiscard]] QByteArrayList commandsFor(const QByteArray &pdu);
     Q_INVOKABLE void refuse();
