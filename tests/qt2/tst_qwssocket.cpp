@@ -134,6 +134,7 @@ private slots:
 private:
     QString path(const QString &name = "socket") const { return m_folder->filePath(name); }
     void connectPair();
+    void letIn(BareServer &server, int waiting, const QByteArray &expected);
 
     std::unique_ptr<QTemporaryDir> m_folder;
     std::unique_ptr<QLocalServer> m_server;
@@ -460,6 +461,21 @@ void TestQWSSocket::connectsAgainAfterTheEnd()
     QTRY_COMPARE(m_recorder->m_heard, (QStringList{"readyRead", "closed"}));
 }
 
+/// Takes those that came before, and then the socket, from which just these bytes come.
+void TestQWSSocket::letIn(BareServer &server, int waiting, const QByteArray &expected)
+{
+    for (int i = 0; i < waiting; ++i) {
+        ::close(server.take());
+    }
+    QTRY_COMPARE(m_recorder->m_heard, QStringList{"connected"});
+    QTRY_COMPARE(m_socket->bytesToWrite(), 0);
+    const int peer = server.take();
+    char data[30];
+    const auto size = ::read(peer, data, sizeof data);
+    QCOMPARE(QByteArray(data, size), expected);
+    ::close(peer);
+}
+
 void TestQWSSocket::keepsWhatIsWrittenWhileConnecting()
 {
     BareServer server(path(), 2);
@@ -476,16 +492,7 @@ void TestQWSSocket::keepsWhatIsWrittenWhileConnecting()
     QCOMPARE(m_recorder->m_heard, QStringList());
     QCOMPARE(m_socket->writeBlock("three", 5), 5);
 
-    for (int i = 0; i < waiting; ++i) {
-        ::close(server.take());
-    }
-    QTRY_COMPARE(m_recorder->m_heard, QStringList{"connected"});
-    QTRY_COMPARE(m_socket->bytesToWrite(), 0);
-    const int peer = server.take();
-    char data[20];
-    QCOMPARE(int(::read(peer, data, sizeof data)), 13);
-    QCOMPARE(QByteArray(data, 13), QByteArray("one,two,three"));
-    ::close(peer);
+    letIn(server, waiting, "one,two,three");
     QTRY_COMPARE(m_recorder->m_heard, (QStringList{"connected", "closed"}));
 }
 
@@ -504,16 +511,7 @@ void TestQWSSocket::keepsTheOrderAcrossTheConnection()
     connect(m_socket.get(), &QWSSocket::connected, this,
             [this] { QCOMPARE(m_socket->writeBlock("connected", 9), 9); });
     QCOMPARE(m_socket->writeBlock("kept,", 5), 5);
-    for (int i = 0; i < waiting; ++i) {
-        ::close(server.take());
-    }
-    QTRY_COMPARE(m_recorder->m_heard, QStringList{"connected"});
-    QTRY_COMPARE(m_socket->bytesToWrite(), 0);
-    const int peer = server.take();
-    char data[30];
-    QCOMPARE(int(::read(peer, data, sizeof data)), 20);
-    QCOMPARE(QByteArray(data, 20), QByteArray("kept,state,connected"));
-    ::close(peer);
+    letIn(server, waiting, "kept,state,connected");
 }
 
 void TestQWSSocket::keepsWhatIsWrittenWhileConnectingAgain()

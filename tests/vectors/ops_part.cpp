@@ -5,22 +5,15 @@
 #include "tests/support/log_capture.h"
 #include "tests/vectors/forms.h"
 #include "tests/vectors/operations.h"
+#include "tests/vectors/script.h"
 #include "util/mms_util_common.h"
-
-#include <algorithm>
-#include <iterator>
 
 namespace vectors {
 
 using Json = QJsonValue;
 using Part = WMMSMultipart;
 
-/// One step of a script on a part; `arguments` tells how many values follow the name.
-struct PartStep {
-    const char *name;
-    int arguments;
-    Json (*run)(Part &part, const QJsonArray &step);
-};
+using PartStep = ScriptStep<Part>;
 
 static Json nothing()
 {
@@ -86,26 +79,10 @@ static const PartStep kSteps[] = {
 };
 // clang-format on
 
-static Json runStep(Part &part, const QJsonArray &step)
-{
-    const QString name = step.at(0).toString();
-    const auto row = std::find_if(std::begin(kSteps), std::end(kSteps), [&](const PartStep &known) {
-        return name == QLatin1String(known.name) && step.size() == known.arguments + 1;
-    });
-    if (row == std::end(kSteps)) {
-        throw VectorError(QStringLiteral("unknown step \"%1\"").arg(name));
-    }
-    return row->run(part, step);
-}
-
 static Result partScript(const QJsonObject &in)
 {
     Part part;
-    QJsonArray results;
-    for (const Json &step : in.value("steps").toArray()) {
-        results.append(runStep(part, step.toArray()));
-    }
-    return Result().set("results", results);
+    return runScript(part, kSteps, in);
 }
 
 static Result construct(const QJsonObject &in)

@@ -4,18 +4,13 @@
 #include "sms/wsmsmsg.h"
 #include "tests/vectors/forms.h"
 #include "tests/vectors/operations.h"
-
-#include <algorithm>
+#include "tests/vectors/script.h"
 
 namespace vectors {
 
 using Json = QJsonValue;
 
-struct SmsStep {
-    const char *name;
-    int arguments;
-    Json (*run)(WSMSMsg &message, const QJsonArray &step);
-};
+using SmsStep = ScriptStep<WSMSMsg>;
 
 static Json bodyText(WSMSMsg &message)
 {
@@ -91,26 +86,10 @@ static const SmsStep kSteps[] = {
 };
 // clang-format on
 
-static Json runStep(WSMSMsg &message, const QJsonArray &step)
-{
-    const QString name = step.at(0).toString();
-    const auto row = std::find_if(std::begin(kSteps), std::end(kSteps), [&](const SmsStep &known) {
-        return name == QLatin1String(known.name) && step.size() == known.arguments + 1;
-    });
-    if (row == std::end(kSteps)) {
-        throw VectorError(QStringLiteral("unknown step \"%1\"").arg(name));
-    }
-    return row->run(message, step);
-}
-
 static Result script(const QJsonObject &in)
 {
     WSMSMsg message;
-    QJsonArray results;
-    for (const Json &step : in.value("steps").toArray()) {
-        results.append(runStep(message, step.toArray()));
-    }
-    return Result().set("results", results);
+    return runScript(message, kSteps, in);
 }
 
 Operations smsOperations()

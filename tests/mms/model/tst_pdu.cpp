@@ -7,6 +7,7 @@
 #include "mms/model/wmmsmsg.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/parts.h"
+#include "tests/support/present_fields.h"
 #include "tests/support/time_zone.h"
 
 #include <QtTest/QtTest>
@@ -126,17 +127,6 @@ WMMSMsg bareMessage(int pduType)
     message.clear();
     message.setPDUType(static_cast<unsigned char>(pduType));
     return message;
-}
-
-QList<int> present(const WMMSMsg &message)
-{
-    QList<int> ids;
-    for (int id = 1; id <= 24; ++id) {
-        if (message.fieldIsPresent(static_cast<unsigned char>(id))) {
-            ids.append(id);
-        }
-    }
-    return ids;
 }
 
 struct Packed {

@@ -5,6 +5,7 @@
 #include "mms/model/wmmsmsg.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/parts.h"
+#include "tests/support/present_fields.h"
 
 #include <QtTest/QtTest>
 
@@ -29,17 +30,6 @@ QStringList attributes(int mmsType = 255, int upiType = 12, int audio = 0, int v
             QString("videoExistence: %1").arg(video),
             QString("attachmentExistence: %1").arg(attachment),
             kEnd};
-}
-
-QList<int> present(const WMMSMsg &message)
-{
-    QList<int> ids;
-    for (int id = 1; id <= 24; ++id) {
-        if (message.fieldIsPresent(static_cast<unsigned char>(id))) {
-            ids.append(id);
-        }
-    }
-    return ids;
 }
 
 QStringList dumpOf(const QByteArray &bytes)

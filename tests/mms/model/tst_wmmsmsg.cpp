@@ -8,6 +8,7 @@
 #include "mms/codec/msg_field_mask.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/parts.h"
+#include "tests/support/present_fields.h"
 
 #include <QtTest/QtTest>
 
@@ -15,17 +16,6 @@
 #include <memory>
 
 namespace {
-
-QList<int> present(const WMMSMsg &message)
-{
-    QList<int> ids;
-    for (int id = 0; id < 256; ++id) {
-        if (message.fieldIsPresent(static_cast<unsigned char>(id))) {
-            ids.append(id);
-        }
-    }
-    return ids;
-}
 
 QString addresses(const QList<WMFMEntry> &entries)
 {

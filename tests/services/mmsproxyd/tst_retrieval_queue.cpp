@@ -228,6 +228,14 @@ void serve(ScriptedHttp &mmsc, const QByteArray &place, const QByteArray &pdu)
     answerOnce(connection, "200 OK", pdu);
 }
 
+/// Has a message retrieved that says "Hello".
+void receiveHello(Receiving &daemon, ScriptedHttp &mmsc)
+{
+    daemon.announce(mmsc, "t1", "/m1");
+    serve(mmsc, "/m1", retrieveConfirmation("Hello"));
+    QTRY_COMPARE(daemon.told, QStringList{"ready"});
+}
+
 /// Takes the next answer: its type, its transaction id and its status.
 QString takeAnswer(ScriptedHttp &mmsc, const QByteArray &status = "200 OK")
 {
@@ -349,9 +357,7 @@ void TestRetrievalQueue::withoutMmscNothingIsAnswered()
     const SpoolFolder folder;
     ScriptedHttp mmsc;
     Receiving daemon(folder, mmsc, {RetrievalMode::Immediate, attempts(3), false});
-    daemon.announce(mmsc, "t1", "/m1");
-    serve(mmsc, "/m1", retrieveConfirmation("Hello"));
-    QTRY_COMPARE(daemon.told, QStringList{"ready"});
+    receiveHello(daemon, mmsc);
     QVERIFY(onlyRecord(daemon).answers.isEmpty());
 }
 
@@ -485,9 +491,7 @@ void TestRetrievalQueue::repeatedNotificationHurriesAFetch()
     daemon.announce(mmsc, "t1", "/m1");
     mmsc.accept().close();
     QTRY_COMPARE(onlyRecord(daemon).attempts, 1);
-    daemon.announce(mmsc, "t1", "/m1");
-    serve(mmsc, "/m1", retrieveConfirmation("Hello"));
-    QTRY_COMPARE(daemon.told, QStringList{"ready"});
+    receiveHello(daemon, mmsc);
 }
 
 void TestRetrievalQueue::otherNotificationIsAnotherMessage_data()
@@ -1082,9 +1086,7 @@ void TestRetrievalQueue::askedForAndHere()
     const SpoolFolder folder;
     ScriptedHttp mmsc;
     Receiving daemon(folder, mmsc, {RetrievalMode::Immediate, attempts(3), false});
-    daemon.announce(mmsc, "t1", "/m1");
-    serve(mmsc, "/m1", retrieveConfirmation("Hello"));
-    QTRY_COMPARE(daemon.told, QStringList{"ready"});
+    receiveHello(daemon, mmsc);
     daemon.queue.retrieve(kSession, 1, mmsc.url("/m1"));
     QCOMPARE(daemon.told, (QStringList{"ready", "7/1 ended 0"}));
     QVERIFY(!mmsc.hasClient());
@@ -1413,9 +1415,7 @@ void TestRetrievalQueue::answersAreOwedAfterAStart()
     ScriptedHttp mmsc;
     {
         Receiving daemon(folder, mmsc);
-        daemon.announce(mmsc, "t1", "/m1");
-        serve(mmsc, "/m1", retrieveConfirmation("Hello"));
-        QTRY_COMPARE(daemon.told, QStringList{"ready"});
+        receiveHello(daemon, mmsc);
         daemon.deliver();
         ScriptedConnection connection = mmsc.accept();
         (void)connection.readRequest();
@@ -1606,9 +1606,7 @@ void TestRetrievalQueue::goesOnAfterTheMessage()
     ScriptedHttp mmsc;
     {
         Receiving daemon(folder, mmsc);
-        daemon.announce(mmsc, "t1", "/m1");
-        serve(mmsc, "/m1", retrieveConfirmation("Hello"));
-        QTRY_COMPARE(daemon.told, QStringList{"ready"});
+        receiveHello(daemon, mmsc);
     }
     Receiving daemon(folder, mmsc);
     QCOMPARE(takeAnswer(mmsc), "83 t1 129"); // which it had not sent

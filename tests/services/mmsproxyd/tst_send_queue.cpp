@@ -143,6 +143,14 @@ struct Sending {
     QList<QPair<qint64, qint64>> progress;
 };
 
+/// Takes a message, of which the first attempt to send it fails.
+void failOnce(Sending &daemon, const SpoolFolder &folder, ScriptedHttp &mmsc)
+{
+    daemon.takeNew(folder, 1);
+    mmsc.accept().close();
+    QTRY_COMPARE(daemon.told, QStringList{"7/1 again"});
+}
+
 /// Takes the next request of an MMSC and answers it with that response status.
 WMMSMsg confirm(ScriptedHttp &mmsc, int status = 128)
 {
@@ -521,9 +529,7 @@ void TestSendQueue::abortsBetweenAttempts()
     const SpoolFolder folder;
     ScriptedHttp mmsc;
     Sending daemon(folder, mmsc.url(), longPauses());
-    daemon.takeNew(folder, 1);
-    mmsc.accept().close();
-    QTRY_COMPARE(daemon.told, QStringList{"7/1 again"});
+    failOnce(daemon, folder, mmsc);
     QVERIFY(daemon.sends.abort(kSession, 1));
     QCOMPARE(daemon.told, (QStringList{"7/1 again", "7/1 ended 19"}));
     QCOMPARE(folder.names("out"), QStringList());
@@ -1085,9 +1091,7 @@ void TestSendQueue::goesOnAfterAnAttempt()
     ScriptedHttp mmsc;
     {
         Sending daemon(folder, mmsc.url(), longPauses());
-        daemon.takeNew(folder, 1);
-        mmsc.accept().close();
-        QTRY_COMPARE(daemon.told, QStringList{"7/1 again"});
+        failOnce(daemon, folder, mmsc);
     }
     {
         Sending daemon(folder, mmsc.url(), longPauses()); // still pauses

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include "services/telephonyd/gammu_messages.h"
+#include "tests/services/telephonyd/outgoing_sms.h"
 #include "tests/support/hex.h"
 
 #include <QtTest/QtTest>
@@ -10,11 +11,6 @@ using namespace wmsg::telephonyd;
 using wmsg::telephony::Coding;
 
 namespace {
-
-QByteArray utf16(const QString &text)
-{
-    return QByteArray(reinterpret_cast<const char *>(text.utf16()), text.size() * 2);
-}
 
 struct ReceivedRow {
     const char *name;
@@ -84,18 +80,6 @@ std::optional<IncomingSms> readByGammu(const QByteArray &hex)
         reinterpret_cast<const unsigned char *>(pdu.constData()), size_t(pdu.size()), nullptr, 1);
     return error == ERR_NONE ? fromGammu(*message) : std::nullopt;
 }
-
-OutgoingSms outgoing(Coding coding, const QByteArray &body, const QByteArray &header = {})
-{
-    OutgoingSms sms;
-    sms.coding = coding;
-    sms.header = header;
-    sms.destination = "+43664";
-    sms.body = body;
-    return sms;
-}
-
-const QByteArray kPorts = QByteArray::fromHex("06050423282329");
 
 } // namespace
 

@@ -5,6 +5,7 @@
 #include "services/sms_pdu/tpdu.h"
 #include "services/telephonyd/gammu_backend.h"
 #include "sim/modem/modem.h"
+#include "tests/services/telephonyd/outgoing_sms.h"
 #include "tests/support/hex.h"
 
 #include <platform/telephony/gsm_alphabet.h>
@@ -22,11 +23,6 @@ namespace {
 
 constexpr int kPatience = 120000; // libgammu takes seconds to begin, and the machine may be busy
 
-QByteArray utf16(const QString &text)
-{
-    return QByteArray(reinterpret_cast<const char *>(text.utf16()), text.size() * 2);
-}
-
 QString alphabet()
 {
     QString all;
@@ -40,18 +36,6 @@ QString alphabet()
     }
     return all;
 }
-
-OutgoingSms outgoing(Coding coding, const QByteArray &body, const QByteArray &header = {})
-{
-    OutgoingSms sms;
-    sms.coding = coding;
-    sms.header = header;
-    sms.destination = "+43664123";
-    sms.body = body;
-    return sms;
-}
-
-const QByteArray kPorts = QByteArray::fromHex("06050423282329");
 
 /// A message to the phone, from 12345.
 QByteArray delivery(const smspdu::Tpdu &message)

@@ -38,11 +38,8 @@ void TestCommandLine::version()
     QVERIFY(QRegularExpression("^wmsg \\d+\\.\\d+\\.\\d+\n$").match(run.out).hasMatch());
 }
 
-// The subcommands that talk to the daemon.
-void TestCommandLine::addSessionHelp()
-{
-    QTest::newRow("send") << QStringList{"send", "--help"}
-                          << QStringList{"--to",
+// The options of what makes a message.
+static const QStringList kMessageOptions{"--to",
                                          "--cc",
                                          "--bcc",
                                          "--from",
@@ -60,15 +57,15 @@ void TestCommandLine::addSessionHelp()
                                          "--priority",
                                          "--class",
                                          "--app-id",
-                                         "--max-size",
-                                         "--file",
-                                         "--no-wait",
-                                         "--store",
-                                         "--folder",
-                                         "--timeout",
-                                         "--json",
-                                         "--log",
-                                         "--verbose"};
+                                         "--max-size"};
+
+// The subcommands that talk to the daemon.
+void TestCommandLine::addSessionHelp()
+{
+    QTest::newRow("send") << QStringList{"send", "--help"}
+                          << kMessageOptions + QStringList{"--file",   "--no-wait", "--store",
+                                                           "--folder", "--timeout", "--json",
+                                                           "--log",    "--verbose"};
     QTest::newRow("receive") << QStringList{"receive", "--help"}
                              << QStringList{"--app-id", "--count",  "--save",   "--extract",
                                             "--store",  "--folder", "--full",   "--timeout",
@@ -102,31 +99,9 @@ void TestCommandLine::help_data()
                                            "--force",  "--as",   "--max-size", "--log",
                                            "--verbose"};
     QTest::newRow("compose") << QStringList{"compose", "-h"}
-                             << QStringList{"--to",
-                                            "--cc",
-                                            "--bcc",
-                                            "--from",
-                                            "--subject",
-                                            "--text",
-                                            "--text-file",
-                                            "--attach",
-                                            "--no-smil",
-                                            "--pdu",
-                                            "--output",
-                                            "--date",
-                                            "--expiry",
-                                            "--delivery-report",
-                                            "--no-delivery-report",
-                                            "--read-report",
-                                            "--no-read-report",
-                                            "--priority",
-                                            "--class",
-                                            "--app-id",
-                                            "--transaction-id",
-                                            "--message-id",
-                                            "--max-size",
-                                            "--log",
-                                            "--verbose"};
+                             << kMessageOptions
+            + QStringList{"--pdu",        "--output", "--transaction-id",
+                          "--message-id", "--log",    "--verbose"};
     addSessionHelp();
 }
 
