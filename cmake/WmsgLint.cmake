@@ -13,6 +13,7 @@ function(wmsg_lint name)
         LABELS lint TIMEOUT 600 ENVIRONMENT PYTHONDONTWRITEBYTECODE=1)
 endfunction()
 
+wmsg_lint(debian)
 wmsg_lint(format)
 wmsg_lint(forwarding)
 wmsg_lint(functions)
@@ -42,3 +43,12 @@ add_test(NAME examples
         ${PROJECT_BINARY_DIR} ${CMAKE_INSTALL_LIBDIR} ${CMAKE_CXX_COMPILER} "${CMAKE_CXX_FLAGS}")
 set_tests_properties(examples PROPERTIES
     TIMEOUT 600 FIXTURES_REQUIRED installed RESOURCE_LOCK mmsproxy)
+
+# The Debian packages are built and tried in a bare root, with nothing of this build: scripts/test --packages.
+option(WMSG_PACKAGES "Test the Debian packages" OFF)
+if(WMSG_PACKAGES)
+    add_test(NAME packages
+        COMMAND ${PROJECT_SOURCE_DIR}/tests/package/debian.py ${PROJECT_BINARY_DIR}/packages)
+    set_tests_properties(packages PROPERTIES
+        LABELS packages TIMEOUT 7200 ENVIRONMENT PYTHONDONTWRITEBYTECODE=1)
+endif()

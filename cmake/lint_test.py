@@ -10,6 +10,7 @@ import pathlib
 import tempfile
 import unittest
 
+import check_debian
 import check_format
 import check_forwarding
 import check_functions
@@ -237,6 +238,42 @@ class Symbols(unittest.TestCase):
         self.assertEqual(check_symbols.compare(["a()"], ["a()"]), [])
         self.assertEqual(len(check_symbols.compare(["a()", "b()"], ["a()"])), 1)
         self.assertEqual(len(check_symbols.compare(["a()"], ["a()", "b()"])), 1)
+
+
+class Debian(unittest.TestCase):
+    TREE = {
+        "CMakeLists.txt": 'cmake_minimum_required(VERSION 3.25)\nproject(wmsg VERSION 1.1.0 LANGUAGES CXX)\n',
+        "debian/changelog": "wmsg (1.1.0-1) unstable; urgency=medium\n",
+        "debian/control": ("Build-Depends:\n cmake (>= 3.25),\n debhelper-compat (= 13),\nBuild-Depends-Indep:\n doxygen <!nodoc>,\n"
+                           "\nPackage: libwmsg1\nDepends: gone\n"),
+        "scripts/install-deps": 'build="cmake doxygen debhelper"\n',
+        "cmake/exported-symbols.txt": "A::a(int)\nvtable for A\n",
+        "debian/libwmsg1.symbols": ('libwmsg.so.1 libwmsg1 #MINVER#\n (optional|regex)"^_ZSt.*@Base$" 1.0.0\n'
+                                    ' (c++)"A::a(int)@Base" 1.0.0\n (c++)"vtable for A@Base" 1.0.0\n'),
+    }
+
+    def test_what_agrees_passes(self):
+        self.assertEqual(check_debian.check(self.TREE), [])
+
+    def refuses(self, path, text, words):
+        problem, = check_debian.check({**self.TREE, path: text})
+        self.assertIn(words, problem)
+
+    def test_another_version_is_refused(self):
+        self.refuses("debian/changelog", "wmsg (1.0.0-2) unstable; urgency=medium\n", "is about 1.0.0, and CMakeLists.txt about 1.1.0")
+
+    def test_names_that_differ_are_refused(self):
+        self.refuses("cmake/exported-symbols.txt", "A::a(int)\nA::b()\nvtable for A\n", "lacks A::b()")
+        self.refuses("cmake/exported-symbols.txt", "A::a(int)\n", "has vtable for A, which")
+
+    def test_packages_that_are_not_installed_are_refused(self):
+        self.refuses("scripts/install-deps", 'build="cmake debhelper"\n', "lacks doxygen")
+
+    def test_new_names_come_with_the_version(self):
+        changed = {**self.TREE, "cmake/exported-symbols.txt": "A::a(int)\nA::b()\n"}
+        self.assertEqual(check_debian.updated(changed),
+                         'libwmsg.so.1 libwmsg1 #MINVER#\n (optional|regex)"^_ZSt.*@Base$" 1.0.0\n'
+                         ' (c++)"A::a(int)@Base" 1.0.0\n (c++)"A::b()@Base" 1.1.0\n')
 
 
 class Forwarding(unittest.TestCase):

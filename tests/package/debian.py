@@ -2,111 +2,194 @@
 # SPDX-FileCopyrightText: 2026 The wmsg authors
 # SPDX-License-Identifier: Apache-2.0
 
-"""Builds the Debian packages of what is committed, has lintian look at them, and tries them in a bare root: they are
-installed, an example is compiled against them, the box exchanges a message, and when they are purged nothing is left.
-It runs as root on Debian, and fetches packages of Debian.
+"""Builds the Debian packages of the source tree as it is, has lintian look at them, and tries them in a bare root: they
+are installed, debian/tests/use builds and runs with them what a developer would, and when they are purged nothing is left.
+It runs on Debian, as root or with sudo, and fetches packages of Debian.
 
-    debian.py WORK-FOLDER [--keep-packages]      with the option packages that lie there are not built anew
+    debian.py WORK-FOLDER [--built]      with the option the packages that lie there are tried, none is built
+
+A compiler cache is used where its folder comes first: PATH=/usr/lib/ccache:$PATH.
 """
 
+import hashlib
 import os
 import pathlib
+import re
 import shutil
+import stat
 import subprocess
 import sys
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
+sys.path.insert(0, str(ROOT / "cmake"))
+import lint_files
+
 SUITE = "bookworm"
-# What installing anything leaves behind, ours or not.
-OTHERS = ("/proc", "/sys", "/dev", "/tmp", "/run", "/debs", "/root", "/var/cache", "/var/log", "/var/lib/apt", "/var/lib/dpkg",
-          "/var/lib/systemd/deb-systemd-user-helper-enabled", "/etc/ld.so.cache")
-PROGRAM = """
+# What the base system changes whenever a package comes or goes, and where the test itself works.
+VOLATILE = ("/dev/", "/proc/", "/sys/", "/var/cache/", "/var/log/", "/var/lib/apt/", "/var/lib/dpkg/", "/etc/ld.so.cache", "/debs", "/try")
+ENTER = """
 set -e
-cp -r /usr/share/doc/wmsg-doc/examples /tmp/examples
-cmake -S /tmp/examples -B /tmp/examples-build -DWMSG_MESSENGER=OFF > /tmp/cmake.log || { cat /tmp/cmake.log; exit 1; }
-cmake --build /tmp/examples-build --target 3-inbox > /tmp/make.log || { cat /tmp/make.log; exit 1; }
-export UVO_EXTRA_SYS_DATA_PATH=/tmp/device HOME=/tmp
-wmsg compose --to +15550100 --text Kept --pdu stored -o /tmp/kept.mms
-/tmp/examples-build/3-inbox add /tmp/kept.mms
-wmsg box --demo
-man -l /usr/share/man/man1/wmsg-send.1.gz > /dev/null 2>&1 || test ! -e /usr/bin/man
+mount -t proc proc "$0/proc"
+mount -t devpts -o newinstance,ptmxmode=666 devpts "$0/dev/pts"
+mount -t tmpfs -o mode=1777 tmpfs "$0/dev/shm"
+root=$0 user=$1
+shift
+exec chroot --userspec="$user" "$root" env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin LC_ALL=C.UTF-8 DEBIAN_FRONTEND=noninteractive "$@"
 """
+# Whatever is said of them is a complaint.
+UNITS = "if systemd-analyze --user --man=no verify /usr/lib/systemd/user/wmsg-*.service 2>&1 | grep .; then exit 1; fi"
+
+
+class Failed(Exception):
+    pass
 
 
 def run(*command, **more):
+    command = [str(word) for word in command]
     print("$", *command, flush=True)
-    subprocess.run([str(word) for word in command], check=True, **more)
+    subprocess.run(command, check=True, **more)
 
 
-def build_packages(work):
-    """A clean tree of what is committed; the packages come to lie beside it."""
-    tree = work / "wmsg-1.0.0"
+def output(*command, **more):
+    return subprocess.run([str(word) for word in command], check=True, capture_output=True, text=True, **more).stdout.strip()
+
+
+def field(deb, name):
+    return output("dpkg-deb", "--field", deb, name)
+
+
+def unpack(work):
+    """The source tree beside the archive that it would be released as."""
+    version = output("dpkg-parsechangelog", "--file", ROOT / "debian" / "changelog", "--show-field", "Version").rpartition("-")[0]
+    tree = work / f"wmsg-{version}"
     shutil.rmtree(tree, ignore_errors=True)
-    for old in work.glob("*.deb"):
+    for name in lint_files.paths():
+        (tree / name).parent.mkdir(parents=True, exist_ok=True)
+        shutil.copy2(ROOT / name, tree / name)
+    run("tar", "-C", work, f"--exclude={tree.name}/debian", "--owner=root", "--group=root", "-czf", work / f"wmsg_{version}.orig.tar.gz", tree.name)
+    return tree
+
+
+def build(work):
+    """Source and packages; a warning of whatever tool is a failure."""
+    for old in work.glob("wmsg*_*"):
         old.unlink()
-    tree.mkdir(parents=True)
-    archive = subprocess.run(["git", "-C", str(ROOT), "archive", "HEAD"], check=True, capture_output=True).stdout
-    subprocess.run(["tar", "-x", "-C", str(tree)], input=archive, check=True)
-    # The source is ours as it lies there: no archive of an upstream is wanted.
-    (tree / "debian" / "source" / "format").write_text("3.0 (native)\n", encoding="utf-8")
-    changelog = tree / "debian" / "changelog"
-    changelog.write_text(changelog.read_text(encoding="utf-8").replace("(1.0.0-1)", "(1.0.0)"), encoding="utf-8")
-    run("dpkg-buildpackage", "-b", "-us", "-uc", cwd=tree, env={**os.environ, "DEB_BUILD_OPTIONS": "nocheck parallel=2"})
-    run("lintian", "--allow-root", "--fail-on", "error,warning", "--tag-display-limit", "0", *work.glob("*.changes"))
+    for old in work.glob("libwmsg*_*"):
+        old.unlink()
+    tree = unpack(work)
+    # The tools of Debian give the build a home of its own, and a cache there would be gone with it.
+    environment = {"DEB_BUILD_OPTIONS": f"nocheck parallel={os.cpu_count()}", "CCACHE_DIR": str(work / "ccache"), **os.environ}
+    log = work / "build.log"
+    print(f"$ dpkg-buildpackage > {log}", flush=True)
+    with open(log, "w", encoding="utf-8") as file:
+        done = subprocess.run(["dpkg-buildpackage", "-us", "-uc"], cwd=tree, env=environment, stdout=file, stderr=subprocess.STDOUT, check=False)
+    lines = log.read_text(encoding="utf-8").splitlines()
+    if done.returncode != 0:
+        raise Failed("they cannot be built:\n" + "\n".join(lines[-60:]))
+    warnings = [line for line in lines if re.search(r"(?<!CMake )\b[Ww]arning:", line)]
+    if warnings:
+        raise Failed("warnings of the build:\n" + "\n".join(warnings))
+    shutil.rmtree(tree)
+    run("lintian", "--allow-root", "--display-info", "--fail-on", "error,warning", "--tag-display-limit", "0", *work.glob("*.changes"))
 
 
 class Root:
-    """A bare system in a folder, with what programs need of a kernel."""
+    """A bare system in a folder. Each command has a space of processes and mounts of its own, which end with it."""
 
-    def __init__(self, folder):
-        self.folder = folder
-        self.mounts = []
+    def __init__(self, work):
+        self.work = work
+        self.folder = work / "root"
 
-    def make(self):
-        if not self.folder.exists():
-            run("mmdebstrap", "--variant=minbase", "--include=ca-certificates", SUITE, self.folder)
-        for kind, place in (("proc", "proc"), ("devpts", "dev/pts"), ("tmpfs", "dev/shm")):
-            (self.folder / place).mkdir(exist_ok=True)
-            run("mount", "-t", kind, kind, self.folder / place)
-            self.mounts.append(self.folder / place)
+    def make(self, packages):
+        base = self.work / "base.tar"
+        if not base.exists():
+            unfinished = self.work / "unfinished.tar"
+            run("mmdebstrap", "--variant=minbase", "--dpkgopt=force-unsafe-io", "--include=ca-certificates", f"--include={','.join(packages)}", SUITE, unfinished)
+            unfinished.rename(base)
+        self.remove()
+        self.folder.mkdir()
+        run("tar", "-C", self.folder, "--numeric-owner", "-xf", base)
+        self.apt("update")
+        self.apt("upgrade")
+        self.apt("install", "--no-install-recommends", *packages)
 
-    def end(self):
-        for place in reversed(self.mounts):
-            subprocess.run(["umount", str(place)], check=False)
+    def remove(self):
+        if self.folder.exists():
+            shutil.rmtree(self.folder)
 
-    def run(self, *command):
-        run("chroot", self.folder, "env", "-i", "PATH=/usr/sbin:/usr/bin:/sbin:/bin", "LC_ALL=C.UTF-8", "DEBIAN_FRONTEND=noninteractive",
-            "HOME=/root", *command)
+    def run(self, *command, user="0:0"):
+        print("$", *command, flush=True)
+        entered = ["unshare", "--mount", "--pid", "--fork", "--kill-child", "sh", "-c", ENTER, str(self.folder), user]
+        if subprocess.run([*entered, *command], stdin=subprocess.DEVNULL, check=False).returncode != 0:
+            raise Failed("that failed in the bare root")
 
     def apt(self, *words):
         self.run("apt-get", "-q", "-y", "-o", "Dpkg::Use-Pty=0", *words)
 
     def files(self):
-        return {path for path in (f"/{found.relative_to(self.folder)}" for found in self.folder.rglob("*"))
-                if not path.startswith(OTHERS)}
+        """What lies in the root: path -> what it is."""
+        found = {}
+        for folder, folders, files in os.walk(self.folder):
+            for path in (pathlib.Path(folder) / name for name in folders + files):
+                name = f"/{path.relative_to(self.folder)}"
+                if not name.startswith(VOLATILE):
+                    found[name] = self.kind(path)
+        return found
+
+    @staticmethod
+    def kind(path):
+        state = path.lstat()
+        if stat.S_ISLNK(state.st_mode):
+            return "link", os.readlink(path)
+        if stat.S_ISREG(state.st_mode):
+            return state.st_mode, hashlib.sha256(path.read_bytes()).hexdigest()
+        return state.st_mode, ""
+
+
+def others(debs, names):
+    """What our packages depend on, ours apart."""
+    wanted = set()
+    for deb in debs:
+        for control in ("Pre-Depends", "Depends"):
+            wanted |= {entry.strip() for entry in field(deb, control).split(",")}
+    return sorted(entry for entry in wanted if entry and re.split(r"[ :(]", entry)[0] not in names)
+
+
+def developers_packages(names):
+    """What debian/tests/use needs, ours apart."""
+    control = (ROOT / "debian" / "tests" / "control").read_text(encoding="utf-8")
+    depends = re.search(r"^Depends:((?:.|\n )*)", control, re.MULTILINE)[1]
+    return sorted({word.strip() for word in depends.split(",")} - names - {""})
 
 
 def try_packages(work):
-    root = Root(work / "root")
-    try:
-        root.make()
-        root.apt("update")
-        root.apt("install", "--no-install-recommends", "g++", "cmake", "make", "qt6-base-dev")
-        root.run("sh", "-c", "apt-get -q -y purge wmsg-doc 'libwmsg*' 'wmsg-*' >/dev/null 2>&1; apt-get -q -y autoremove --purge >/dev/null")
-        before = root.files()
-        debs = root.folder / "debs"
-        shutil.rmtree(debs, ignore_errors=True)
-        debs.mkdir()
-        names = [f"/debs/{shutil.copy(deb, debs) and deb.name}" for deb in work.glob("*.deb") if "dbgsym" not in deb.name]
-        root.apt("install", "--no-install-recommends", *names)
-        root.run("sh", "-c", PROGRAM)
-        root.apt("purge", *(pathlib.Path(name).name.split("_")[0] for name in names))
-        root.apt("autoremove", "--purge")
-        left = sorted(root.files() - before)
-        if left:
-            sys.exit("left behind:\n" + "\n".join(left))
-    finally:
-        root.end()
+    debs = [deb for deb in sorted(work.glob("*.deb")) if "-dbgsym" not in deb.name]
+    names = {field(deb, "Package") for deb in debs}
+    root = Root(work)
+    # The units are looked at by the system that will run them.
+    root.make(["systemd", *developers_packages(names)])
+    root.apt("satisfy", "--no-install-recommends", ", ".join(others(debs, names)))
+    before = root.files()
+
+    (root.folder / "debs").mkdir()
+    for deb in debs:
+        shutil.copy(deb, root.folder / "debs")
+    root.apt("install", "--no-install-recommends", *(f"/debs/{deb.name}" for deb in debs))
+    place = root.folder / "try"
+    place.mkdir()
+    os.chown(place, 1000, 1000)
+    shutil.copy(ROOT / "debian" / "tests" / "use", place)
+    root.run("HOME=/try", "XDG_RUNTIME_DIR=/try", "sh", "-c", UNITS, user="1000:1000")
+    root.run("AUTOPKGTEST_TMP=/try", "/try/use", user="1000:1000")
+
+    root.apt("purge", *sorted(names))
+    after = root.files()
+    left = [f"left behind: {name}" for name in sorted(after.keys() - before.keys())]
+    left += [f"gone: {name}" for name in sorted(before.keys() - after.keys())]
+    left += [f"changed: {name}" for name in sorted(before.keys() & after.keys()) if before[name] != after[name]]
+    if left:
+        raise Failed("\n".join(left))
+    root.remove()
 
 
 def main():
@@ -114,8 +197,10 @@ def main():
         sys.exit(__doc__)
     work = pathlib.Path(sys.argv[1]).resolve()
     work.mkdir(parents=True, exist_ok=True)
-    if "--keep-packages" not in sys.argv or not list(work.glob("*.deb")):
-        build_packages(work)
+    if "--built" not in sys.argv:
+        build(work)
+    if os.geteuid() != 0:
+        os.execvp("sudo", ["sudo", "env", "PYTHONDONTWRITEBYTECODE=1", sys.executable, __file__, str(work), "--built"])
     try_packages(work)
     print("the packages can be installed, used and removed")
 
@@ -123,5 +208,7 @@ def main():
 if __name__ == "__main__":
     try:
         main()
+    except Failed as failed:
+        sys.exit(f"debian: {failed}")
     except subprocess.CalledProcessError as failed:
-        sys.exit(f"failed with {failed.returncode}: {failed.cmd}")
+        sys.exit(f"debian: failed with {failed.returncode}: {failed.cmd}\n{failed.stderr or ''}")
