@@ -62,8 +62,7 @@ WMMSSession::WMMSSession(WMFM::STATUS_T &status)
 WMMSSession::~WMMSSession()
 {
     if (m_private) {
-        m_private->socket->disconnect(this);
-        m_private->socket->close();
+        m_private->close();
     }
 }
 

@@ -13,8 +13,10 @@
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QFile>
+#include <QtCore/QPointer>
 
 #include <cstring>
+#include <utility>
 
 namespace {
 
@@ -34,6 +36,15 @@ void removeFile(const QString &path)
 }
 
 } // namespace
+
+void WMMSSessionPrivate::close()
+{
+    for (const QString &path : std::as_const(beingTold)) {
+        removeFile(path);
+    }
+    socket->disconnect(owner);
+    socket->close();
+}
 
 int WMMSSessionPrivate::request(MMS_UA_Cmd &command)
 {
@@ -178,7 +189,12 @@ void WMMSSessionPrivate::procEvRetrCompleted(MMS_UA_SvRetrCompleteCmd *ev)
     }
     std::unique_ptr<WMFMMsg> message(WMFMMsg::factory(WMFM::MSG_TYPE_MMS));
     if (static_cast<WMMSMsg &>(*message).construct(uri, true) == MMS_DECODE_OK) {
+        const QPointer<WMMSSession> session(owner);
+        beingTold.append(uri);
         listener->msgIncome(message.release());
+        if (session) {
+            beingTold.removeLast();
+        }
     } else {
         logLine(4, "get a MMS,decode fail!");
     }

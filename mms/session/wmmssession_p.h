@@ -11,6 +11,7 @@
 
 #include <QtCore/QEvent>
 #include <QtCore/QString>
+#include <QtCore/QStringList>
 
 #include <memory>
 
@@ -55,6 +56,14 @@ public:
     /// Noted, and asked by nobody: requests go to a dead socket without an error.
     bool closed = true;
     WMMSSession *owner;
+    /// The files of the messages that the listener is being told; more than one when it lets the
+    /// event loop go on meanwhile.
+    QStringList beingTold;
+
+    /// Ends the connection. A listener that closes the session while it is told a message has the
+    /// message: its file is removed first, for the daemon takes back what is there when a session
+    /// goes.
+    void close();
 
     /// Writes a command under the next request number and returns that.
     int request(MMS_UA_Cmd &command);

@@ -201,6 +201,7 @@ private slots:
     void withoutAListener();
     void destructionWithEventsPosted();
     void closedByItsListener();
+    void closedWhileItIsToldAMessage();
 
     void retrieves();
     void retrievesWhatCannotBeDecoded_data();
@@ -755,6 +756,27 @@ void TestWMMSSession::closedByItsListener()
         cleanup();
     }
     QVERIFY(!QFile::exists(path));
+}
+
+// The daemon takes back what it finds when the connection ends.
+void TestWMMSSession::closedWhileItIsToldAMessage()
+{
+    const QString first = writeMailFile("1.mms", "one");
+    const QString second = writeMailFile("2.mms", "two");
+    open();
+    QList<bool> areThere;
+    m_listener->then = [&] {
+        if (m_listener->heard.size() == 1) {
+            m_proxy->sendBytes(retrievalOf(second));
+            QTRY_COMPARE(m_listener->heard.size(), 2);
+        } else {
+            WMFMSession::close(m_session.release());
+        }
+        areThere += QFile::exists(first);
+        areThere += QFile::exists(second);
+    };
+    m_proxy->sendBytes(retrievalOf(first));
+    QTRY_COMPARE(areThere, (QList<bool>{false, false, false, false}));
 }
 
 void TestWMMSSession::retrieves()
