@@ -537,6 +537,20 @@ NOTIFICATIONS = {
     "another": start(0x81, "t-2") + field(18, b"\x80"),
 }
 
+# What `wmsg decode` is given.
+WALKED = {name: MESSAGES[name] for name in (
+    "readable", "push", "push-text-type", "push-wrong-length", "push-other", "short-message", "short-message-part",
+    "text-fields", "later-fields", "not-retrieved", "read-report", "class-text", "subject-utf16", "from-overrun",
+    "addresses", "zeros", "junk-behind", "type-number", "alternative", "parts", "nested", "count-too-large", "cut",
+    "bytes-behind", "plain-parts")} | {
+    "mail": MAIL_FILES["stored"],
+    "mail-cut": MAIL_FILES["stored"][:40],
+    "push-headers": push(PDUS["notification"], headers=b"\xaf" + text("x-wap:a") + b"\xb4\x87" + text("X-A") + text("b")),
+    "deep": retrieval(entry(b"\xa3", nested(20))),
+    "every-id": start(0x84) + b"".join(field(id, b"\x80") for id in range(0x19, 0x80)),
+    "steering": notified(field(0x1A, text("\x1b[2J\u202e")), text("X-\u202e") + text("\x9b"), field(22, text("a\rb"))),
+}
+
 # "hello" and more, between a phone and its network.
 SENDER = bytes.fromhex("0C91942143658709")
 NAME = bytes.fromhex("07D041E13008")
@@ -691,6 +705,7 @@ if __name__ == "__main__":
     write("concatenation", CONCATENATIONS)
     write("intake", MESSAGES)
     write("tpdu", TPDUS)
+    write("message_walk", WALKED)
     write("modem_line", MODEM_LINES)
     write("drm_message", DRM_MESSAGES)
     write("drm_content1", DRM_CONTENT1)
