@@ -3,6 +3,7 @@
 
 # How every target of the project is compiled, and the helpers that declare them.
 
+include(CheckCXXSourceCompiles)
 include(CheckLinkerFlag)
 include(GenerateExportHeader)
 
@@ -81,13 +82,33 @@ function(wmsg_strict_qt target)
         <algorithm> <array> <functional> <memory> <optional> <string> <vector> ${ARG_HEADERS})
 endfunction()
 
+# Applications carry the library into every process: it is built to be small. What has to be fast beside that says so
+# where its sources are listed.
+function(wmsg_keep_small target)
+    target_compile_options(${target} PRIVATE
+        $<$<CONFIG:Release>:-O2>
+        # Each object would have its own copy of what templates share, changed to its taste.
+        $<$<CXX_COMPILER_ID:GNU>:-fno-ipa-sra>)
+    # The loader has to know packed relocations.
+    check_cxx_source_compiles("#include <features.h>
+        #if !__GLIBC_PREREQ(2, 36)
+        #error older
+        #endif
+        int main() { return 0; }" WMSG_LOADER_UNPACKS)
+    check_linker_flag(CXX -Wl,-z,pack-relative-relocs WMSG_LINKER_PACKS)
+    if(WMSG_LOADER_UNPACKS AND WMSG_LINKER_PACKS)
+        target_link_options(${target} PRIVATE -Wl,-z,pack-relative-relocs)
+    endif()
+endfunction()
+
 # The SDK library; the folders add their sources with target_sources() and wmsg_public_headers().
 function(wmsg_add_sdk_library)
     add_library(wmsg SHARED)
     add_library(wmsg::wmsg ALIAS wmsg)
-    set_target_properties(wmsg PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION 1)
+    set_target_properties(wmsg PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
     wmsg_compile_options(wmsg)
     wmsg_strict_qt(wmsg)
+    wmsg_keep_small(wmsg)
     generate_export_header(wmsg BASE_NAME wmsg
         EXPORT_FILE_NAME ${PROJECT_BINARY_DIR}/include/wmsg_export.h)
     target_sources(wmsg PUBLIC FILE_SET generated TYPE HEADERS
