@@ -21,9 +21,9 @@ wmsg_lint(kept)
 wmsg_lint(layers)
 wmsg_lint(links)
 wmsg_lint(spdx)
-wmsg_lint(symbols $<TARGET_FILE:wmsg>)
 wmsg_lint(tidy ${PROJECT_BINARY_DIR})
 wmsg_lint(words)
+include(WmsgAbi)
 
 # The analyser takes longest: it starts first, and takes the time of all processors that the other tests leave.
 set_tests_properties(lint_tidy PROPERTIES TIMEOUT 3000 COST 1000)

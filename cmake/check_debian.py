@@ -17,6 +17,7 @@ import sys
 import lint_files
 
 SYMBOLS = "debian/libwmsg1.symbols"
+LIST = re.compile(r"abi/\d+\.\d+/libwmsg\.symbols")
 # A row for a name of ours. Others are patterns for what compilers add.
 ROW = re.compile(r'^ \(c\+\+\)"(?P<name>.+)@Base" (?P<version>\S+)$')
 
@@ -30,7 +31,8 @@ def changelog_version(tree):
 
 
 def exported(tree):
-    return set(tree["cmake/exported-symbols.txt"].splitlines())
+    """The names of the library: what the lists of all versions say."""
+    return {name for path in tree if LIST.fullmatch(path) for name in tree[path].splitlines()}
 
 
 def rows(tree):
@@ -70,8 +72,8 @@ def updated(tree):
 def main():
     options = argparse.ArgumentParser()
     options.add_argument("--update", action="store_true", help="write the list of names anew")
-    tree = lint_files.read(["CMakeLists.txt", "cmake/exported-symbols.txt", "debian/changelog", "debian/control", SYMBOLS,
-                            "scripts/install-deps"])
+    lists = [name for name in lint_files.paths() if LIST.fullmatch(name)]
+    tree = lint_files.read(["CMakeLists.txt", "debian/changelog", "debian/control", SYMBOLS, "scripts/install-deps", *lists])
     if options.parse_args().update:
         (lint_files.ROOT / SYMBOLS).write_text(updated(tree), encoding="utf-8")
         return

@@ -2,22 +2,21 @@
 # SPDX-FileCopyrightText: 2026 The wmsg authors
 # SPDX-License-Identifier: Apache-2.0
 
-"""The names that the library exports are those of a list, no more and no fewer.
+"""The names that a library exports are those of its lists in abi/, no more and no fewer.
 
-    check_symbols.py libwmsg.so            compares
-    check_symbols.py libwmsg.so --update   writes the list anew
+    check_symbols.py libwmsg.so ...
 
 Only strong names and the tables of our own classes are listed: what compilers and sanitizers add, and inline
 code of Qt and the standard library, differs from build to build.
 """
 
-import argparse
 import pathlib
 import re
 import subprocess
 import sys
 
-LIST = pathlib.Path(__file__).resolve().parent / "exported-symbols.txt"
+import release_lists
+
 SYMBOL = re.compile(r"^[0-9a-f]* ?[0-9a-f]* ?(?P<kind>[A-Za-z]) (?P<name>.+)$")
 TABLE = re.compile(r"(?:vtable|typeinfo|typeinfo name|VTT) for (?P<class>.+)$")
 RESERVED = re.compile(r"_[_A-Z]|_(?:init|fini|end|edata)$|non-virtual thunk|virtual thunk|guard variable for|std::|\.L")
@@ -35,28 +34,48 @@ def owned(listing):
     return sorted(strong | tables)
 
 
-def compare(exported, listed):
-    return [f"exported, but not in the list: {name}" for name in sorted(set(exported) - set(listed))] \
-        + [f"in the list, but not exported: {name}" for name in sorted(set(listed) - set(exported))]
+def names(path, *choice):
+    listing = subprocess.run(["nm", "--dynamic", "--demangle", *choice, path], check=True, capture_output=True, text=True)
+    return listing.stdout
+
+
+def exported(path):
+    return owned(names(path, "--defined-only"))
+
+
+def undefined(path):
+    return [line.split(maxsplit=1)[1] for line in names(path, "--undefined-only").splitlines()]
+
+
+def name_of(path):
+    """The name of a library without what its file has more: libwmsg-engine."""
+    return path.name.partition(".")[0]
+
+
+def list_of(path):
+    return name_of(path) + ".symbols"
+
+
+def compare(found, listed):
+    return [f"exported, but not in the list: {name}" for name in sorted(set(found) - set(listed))] \
+        + [f"in the list, but not exported: {name}" for name in sorted(set(listed) - set(found))]
 
 
 def main():
-    options = argparse.ArgumentParser()
-    options.add_argument("library")
-    options.add_argument("--update", action="store_true", help="write the list anew")
-    arguments = options.parse_args()
-    listing = subprocess.run(["nm", "--dynamic", "--defined-only", "--demangle", arguments.library],
-                             check=True, capture_output=True, text=True)
-    exported = owned(listing.stdout)
-    if arguments.update:
-        LIST.write_text("".join(name + "\n" for name in exported), encoding="utf-8")
-        return 0
-    problems = compare(exported, LIST.read_text(encoding="utf-8").splitlines())
-    print("\n".join(problems))
-    print(f"{len(problems)} problem(s) in {len(exported)} exported name(s)")
+    if not sys.argv[1:]:
+        sys.exit(__doc__)
+    lists = release_lists.of_project()
+    problems, count = [], 0
+    for path in map(pathlib.Path, sys.argv[1:]):
+        found = exported(path)
+        count += len(found)
+        problems += [f"{name_of(path)}: {problem}" for problem in compare(found, lists.read(list_of(path)))]
+        if not found:
+            problems.append(f"{name_of(path)}: exports nothing")
+    print("\n".join([*problems, f"{len(problems)} problem(s) in {count} exported name(s)"]))
     if problems:
-        print("If that is meant, run cmake/check_symbols.py with --update and say why in the change log.")
-    return 1 if problems or not exported else 0
+        print("If that is meant, make the lists anew (the target abi_lists) and say why in the change log.")
+    return 1 if problems else 0
 
 
 if __name__ == "__main__":

@@ -7,9 +7,14 @@
 import contextlib
 import io
 import pathlib
+import shutil
+import struct
+import subprocess
 import tempfile
 import unittest
 
+import abi_probe
+import check_abi
 import check_debian
 import check_format
 import check_forwarding
@@ -22,6 +27,7 @@ import check_symbols
 import check_tidy
 import check_words
 import lint_files
+import release_lists
 import tidy_batches
 
 
@@ -247,7 +253,7 @@ class Debian(unittest.TestCase):
         "debian/control": ("Build-Depends:\n cmake (>= 3.25),\n debhelper-compat (= 13),\nBuild-Depends-Indep:\n doxygen <!nodoc>,\n"
                            "\nPackage: libwmsg1\nDepends: gone\n"),
         "scripts/install-deps": 'build="cmake doxygen debhelper"\n',
-        "cmake/exported-symbols.txt": "A::a(int)\nvtable for A\n",
+        "abi/1.0/libwmsg.symbols": "A::a(int)\nvtable for A\n",
         "debian/libwmsg1.symbols": ('libwmsg.so.1 libwmsg1 #MINVER#\n (optional|regex)"^_ZSt.*@Base$" 1.0.0\n'
                                     ' (c++)"A::a(int)@Base" 1.0.0\n (c++)"vtable for A@Base" 1.0.0\n'),
     }
@@ -263,17 +269,153 @@ class Debian(unittest.TestCase):
         self.refuses("debian/changelog", "wmsg (1.0.0-2) unstable; urgency=medium\n", "is about 1.0.0, and CMakeLists.txt about 1.1.0")
 
     def test_names_that_differ_are_refused(self):
-        self.refuses("cmake/exported-symbols.txt", "A::a(int)\nA::b()\nvtable for A\n", "lacks A::b()")
-        self.refuses("cmake/exported-symbols.txt", "A::a(int)\n", "has vtable for A, which")
+        self.refuses("abi/1.0/libwmsg.symbols", "A::a(int)\nA::b()\nvtable for A\n", "lacks A::b()")
+        self.refuses("abi/1.0/libwmsg.symbols", "A::a(int)\n", "has vtable for A, which")
 
     def test_packages_that_are_not_installed_are_refused(self):
         self.refuses("scripts/install-deps", 'build="cmake debhelper"\n', "lacks doxygen")
 
     def test_new_names_come_with_the_version(self):
-        changed = {**self.TREE, "cmake/exported-symbols.txt": "A::a(int)\nA::b()\n"}
+        changed = {**self.TREE, "abi/1.0/libwmsg.symbols": "A::a(int)\nA::b()\n"}
         self.assertEqual(check_debian.updated(changed),
                          'libwmsg.so.1 libwmsg1 #MINVER#\n (optional|regex)"^_ZSt.*@Base$" 1.0.0\n'
                          ' (c++)"A::a(int)@Base" 1.0.0\n (c++)"A::b()@Base" 1.1.0\n')
+
+
+class Abi(unittest.TestCase):
+    """A header of which each promise is broken in turn, and is built as the public headers are."""
+
+    HEADER = ("class WMSG_EXPORT Shape {\npublic:\n    enum Kind { Round = 1 };\n    static constexpr int kMost = 4;\n"
+              "    virtual ~Shape();\n    virtual int area() const;\n    virtual int edge() const;\n    bool isRound() const;\n"
+              "    static int count();\nprotected:\n    int width;\nprivate:\n    short m_height;\n};\n"
+              "namespace units {\nenum class Unit : int { Inch };\n}\n"
+              "constexpr int kShapes = 3;\nWMSG_EXPORT int draw(const Shape &shape);\n")
+
+    @classmethod
+    def setUpClass(cls):
+        if not shutil.which("g++") or struct.calcsize("P") != 8:
+            raise unittest.SkipTest("the lists of layouts are those of g++ on 64 bits")
+        folder = tempfile.TemporaryDirectory()
+        cls.addClassCleanup(folder.cleanup)
+        cls.folder = pathlib.Path(folder.name)
+        cls.lines = cls.layouts(cls.HEADER)
+        cls.promised = dict.fromkeys(cls.lines, "1.0")
+        if shutil.which("abidw"):
+            cls.deep = check_abi.deep_list(cls.folder / "probe.so", {"shape.h": cls.HEADER})
+
+    @classmethod
+    def layouts(cls, text):
+        (cls.folder / "shape.h").write_text(text, encoding="utf-8")
+        (cls.folder / "probe.cpp").write_text(abi_probe.source({"shape.h": text}), encoding="utf-8")
+        subprocess.run(["g++", "-std=c++17", "-fPIC", "-shared", "-g", "-gdwarf-5", "-femit-class-debug-always",
+                        "-fno-eliminate-unused-debug-types", "-Wno-deprecated-declarations", "-DWMSG_EXPORT=", cls.folder / "probe.cpp", "-o", cls.folder / "probe.so"], check=True)
+        return check_abi.layouts(cls.folder / "probe.so", abi_probe.declarations({"shape.h": text}))
+
+    def changed(self, old, new):
+        """The problems and the news of the header with one change."""
+        self.assertIn(old, self.HEADER)
+        return check_abi.compare(self.promised, self.layouts(self.HEADER.replace(old, new)))
+
+    def changed_deeply(self, old, new):
+        """What abidiff says to it; nothing where it is not installed."""
+        self.assertIn(old, self.HEADER)
+        if not shutil.which("abidiff"):
+            return None
+        text = self.HEADER.replace(old, new)
+        self.layouts(text)
+        return check_abi.deep_problems(self.deep, self.folder / "probe.so", {"shape.h": text})
+
+    def refuses(self, old, new, words, is_seen_deeply=True):
+        problems, _ = self.changed(old, new)
+        self.assertIn(words, "\n".join(problems))
+        if is_seen_deeply:
+            self.assertNotEqual(self.changed_deeply(old, new), [])
+
+    def passes(self, old, new, *news):
+        self.assertEqual(self.changed(old, new), ([], [f"new: {line}" for line in news]))
+        self.assertIn(self.changed_deeply(old, new), ([], None))
+
+    def test_the_layout_is_told(self):
+        for line in ["class Shape: 16 bytes, aligned to 8, 3 virtual functions", "class Shape: at 8: int width",
+                     "class Shape: at 12: short int (private)", "class Shape: virtual 2 int area() const",
+                     "class Shape: bool isRound() const", "class Shape: static int count()",
+                     "class Shape: static const int kMost = 4", "enum Shape::Kind: Round = 1",
+                     "enum units::Unit: 4 bytes, int", "constant kShapes = 3", "function draw: int draw(const Shape &)"]:
+            self.assertIn(line, self.lines)
+
+    def test_members_that_come_or_move_are_refused(self):
+        self.refuses("    int width;", "    int width, depth;", "class Shape: 16 bytes")
+        self.refuses("    short m_height;", "    int m_height;", "at 12: short int (private)")
+
+    def test_virtual_functions_that_come_or_move_are_refused(self):
+        edge = "    virtual int edge() const;\n"
+        self.refuses(edge, edge + "    virtual void turn();\n", "3 virtual functions")
+        self.refuses("    virtual int area() const;\n" + edge, edge + "    virtual int area() const;\n", "virtual 2 int area() const")
+        self.refuses("    virtual int area", "    int area", "virtual 2 int area() const")
+
+    def test_functions_that_go_or_change_are_refused(self):
+        self.refuses("    bool isRound() const;\n", "", "bool isRound() const", is_seen_deeply=False)
+        self.refuses("bool isRound", "int isRound", "there is now: class Shape: int isRound() const", is_seen_deeply=False)
+        self.refuses("static int count", "int count", "static int count()", is_seen_deeply=False)
+        self.refuses("draw(const Shape &shape)", "draw(Shape *shape)", "draw(const Shape &)")
+
+    def test_numbers_that_change_are_refused(self):
+        self.refuses("Round = 1", "Round = 2", "there is now: enum Shape::Kind: Round = 2", is_seen_deeply=False)
+        self.refuses("kMost = 4", "kMost = 5", "kMost = 4", is_seen_deeply=False)
+        self.refuses("kShapes = 3", "kShapes = 2", "constant kShapes = 3")
+        self.refuses("Unit : int", "Unit : short", "enum units::Unit: 4 bytes")
+
+    def test_what_is_new_passes_and_is_told(self):
+        self.passes("Round = 1", "Round = 1, Square", "enum Shape::Kind: Square = 2")
+        self.passes("    static int count", "    void turn();\n    static int count", "class Shape: void turn()")
+        self.passes("namespace", "struct Line {\n    int to;\n};\nnamespace",
+                    "class Line: 4 bytes, aligned to 4, 0 virtual functions", "class Line: at 0: int to")
+
+    def test_what_is_deprecated_is_still_there(self):
+        self.passes("WMSG_EXPORT int draw", '[[deprecated("paint")]] WMSG_EXPORT int draw')
+        self.passes("class WMSG_EXPORT Shape", 'class [[deprecated("Form")]] WMSG_EXPORT Shape')
+
+    def test_private_names_do_not_matter(self):
+        self.passes("m_height", "m_h")
+
+    def test_names_that_go_are_refused(self):
+        self.assertEqual(check_abi.compare({"A::a()": "1.0", "A::b()": "1.1"}, ["A::a()", "A::c()"]),
+                         (["promised by 1.1: A::b()"], ["new: A::c()"]))
+
+    def test_no_more_may_be_asked_of_platform_libraries(self):
+        listed = {"libwmsg-engine: a()": "1.0"}
+        self.assertEqual(check_abi.compare_demands(listed, []), [])
+        self.assertEqual(len(check_abi.compare_demands(listed, ["libwmsg-engine: b()"])), 1)
+
+
+class ReleaseLists(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.folder = pathlib.Path(folder.name)
+
+    def lists(self, version):
+        return release_lists.Lists(self.folder, version)
+
+    def test_a_version_lists_what_it_brings(self):
+        self.lists("1.0.0").write("names", ["b", "c"])
+        self.lists("1.1.0").write("names", ["a", "b", "c"])
+        self.assertEqual((self.folder / "1.1" / "names").read_text(encoding="utf-8"), "a\n")
+        self.assertEqual(self.lists("1.1.3").read("names"), {"b": "1.0", "c": "1.0", "a": "1.1"})
+        self.assertEqual(self.lists("1.0.7").read("names"), {"b": "1.0", "c": "1.0"})
+        self.assertEqual(self.lists("2.0.0").read("names"), {})
+
+    def test_what_a_version_in_the_making_lists_may_change(self):
+        for lines in (["a", "b"], ["b"]):
+            self.lists("1.0.0").write("names", lines)
+            self.assertEqual(list(self.lists("1.0.0").read("names")), lines)
+
+    def test_former_versions_and_patches_are_left_alone(self):
+        self.lists("1.0.0").write("names", ["a"])
+        with self.assertRaisesRegex(SystemExit, "is gone:\na"):
+            self.lists("1.1.0").write("names", ["b"])
+        with self.assertRaisesRegex(SystemExit, "1.0.1 is a patch"):
+            self.lists("1.0.1").write("names", ["a", "b"])
 
 
 class Forwarding(unittest.TestCase):
