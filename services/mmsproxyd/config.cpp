@@ -32,7 +32,8 @@ constexpr size_t kMostPauses = 100;
 /// The options as they are typed.
 struct Typed {
     std::string proxySocket, settingsSocket, pushSocket, socketMode, spool;
-    std::string mmsc, httpProxy, interfaceName, userAgent, profileUrl, settingsUri, logFile;
+    std::string mmsc, httpProxy, interfaceName, authorities, userAgent, profileUrl, settingsUri,
+        logFile;
     std::string retrieval = "immediate";
     std::string telephony = "yes";
     std::vector<std::string> pauses{"10", "60", "300", "900", "3600"};
@@ -73,6 +74,11 @@ void addNetwork(CLI::App &app, Typed &typed)
     addText(app, "--interface", typed.interfaceName, "NAME",
             "What to bind to: an interface (if!wwan0), or an address (host!10.1.2.3)")
         ->check(check(checkInterface));
+    addText(
+        app, "--ca-file", typed.authorities, "FILE",
+        "The certificates of the authorities to believe about https, in PEM, instead of those of "
+        "the system")
+        ->check(check(checkCertificates));
     addText(app, "--user-agent", typed.userAgent, "TEXT", "What the daemon calls itself")
         ->check(check(checkPlainText))
         ->capture_default_str();
@@ -162,6 +168,8 @@ void apply(const Typed &typed, Config &config)
     config.mmsc = QString::fromStdString(typed.mmsc);
     config.httpProxy = QString::fromStdString(typed.httpProxy);
     config.interfaceName = QString::fromStdString(typed.interfaceName);
+    const QString authorities = QString::fromStdString(typed.authorities);
+    config.authorities = authorities.isEmpty() ? authorities : QDir().absoluteFilePath(authorities);
     config.userAgent = QString::fromStdString(typed.userAgent);
     config.profileUrl = QString::fromStdString(typed.profileUrl);
     config.connectTimeout = std::chrono::seconds(typed.connectTimeout);

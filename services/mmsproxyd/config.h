@@ -27,6 +27,7 @@ struct Config {
     QString mmsc; ///< empty: nothing can be sent
     QString httpProxy;
     QString interfaceName;
+    QString authorities; ///< a file of certificates, absolute; empty: those of the system
     QString userAgent; ///< as readConfig() gives it: "wmsg/1.0.0" or the like
     QString profileUrl;
     std::chrono::seconds connectTimeout{30};

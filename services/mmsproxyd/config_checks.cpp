@@ -6,6 +6,8 @@
 #include "services/common/option_checks.h"
 
 #include <QtCore/QByteArray>
+#include <QtCore/QFile>
+#include <QtCore/QFileInfo>
 #include <QtCore/QRegularExpression>
 #include <QtCore/QString>
 #include <QtCore/QUrl>
@@ -79,6 +81,19 @@ std::string checkInterface(const std::string &name)
     return !name.empty() && isPrintable(name, '!') && name.size() <= kLongestText
         ? ""
         : "this is no name of an interface or host: " + name;
+}
+
+std::string checkCertificates(const std::string &path)
+{
+    constexpr qint64 kLongest =
+        qint64(16) * 1024 * 1024; // all that the world believes is a quarter
+    QFile file(QString::fromStdString(path));
+    if (!QFileInfo(file).isFile() || !file.open(QIODevice::ReadOnly)) {
+        return "this is no file that can be read: " + path;
+    }
+    return file.read(kLongest).contains("-----BEGIN CERTIFICATE-----")
+        ? ""
+        : "there is no certificate in " + path;
 }
 
 std::string checkPause(const std::string &pause)

@@ -21,6 +21,8 @@ inline constexpr int kLongestSettingsUri = 60;
 /// Text for a header of HTTP, or for the name of an interface: printable ASCII.
 [[nodiscard]] std::string checkPlainText(const std::string &text);
 [[nodiscard]] std::string checkInterface(const std::string &name);
+/// A file with certificates in PEM, which is there and may be read.
+[[nodiscard]] std::string checkCertificates(const std::string &path);
 [[nodiscard]] std::string checkPause(const std::string &pause);
 
 /// The pauses that checkPause() has found good; "none" is no pause.

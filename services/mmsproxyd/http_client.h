@@ -31,6 +31,9 @@ struct HttpSettings {
     /// What to bind to: a name or an address, or "if!wwan0" and "host!10.1.2.3", which are taken as
     /// nothing else. Empty: what the system chooses.
     QString interfaceName;
+    /// A file with the certificates of the authorities that are believed about https, in PEM.
+    /// Empty: those that the system believes.
+    QString authorities;
     QString userAgent;
     /// Where the profile of this device is found; sent as x-wap-profile unless it is empty.
     QString profileUrl;

@@ -156,6 +156,11 @@ void HttpTransfer::Private::setUpConnection()
     if (!settings.interfaceName.isEmpty()) {
         set(CURLOPT_INTERFACE, bindingOf(settings.interfaceName).constData());
     }
+    if (!settings.authorities.isEmpty()) {
+        set(CURLOPT_CAINFO, QFile::encodeName(settings.authorities).constData());
+        set(CURLOPT_CAPATH,
+            static_cast<const char *>(nullptr)); // nor anybody in the system's folder
+    }
     set(CURLOPT_CONNECTTIMEOUT_MS, long(settings.connectTimeout.count()));
     set(CURLOPT_NOSIGNAL, 1L);
     set(CURLOPT_QUICK_EXIT, 1L); // who aborts does not wait for the look-up of a name

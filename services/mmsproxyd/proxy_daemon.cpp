@@ -30,6 +30,7 @@ HttpSettings httpSettings(const Config &config)
     HttpSettings settings;
     settings.proxy = config.httpProxy;
     settings.interfaceName = config.interfaceName;
+    settings.authorities = config.authorities;
     settings.userAgent = config.userAgent;
     settings.profileUrl = config.profileUrl;
     settings.connectTimeout = config.connectTimeout;

@@ -84,6 +84,7 @@ void TestConfig::defaults()
     QCOMPARE(config.stallTimeout, 60s);
     QCOMPARE(config.retrieval, RetrievalMode::Immediate);
     QCOMPARE(config.settingsUri, QString());
+    QCOMPARE(config.authorities, QString());
     QVERIFY(config.takesShortMessages);
     QVERIFY(!config.isVerbose);
 }
@@ -107,6 +108,8 @@ void TestConfig::options()
         "http://10.0.0.1:8",
         "--interface",
         "if!wwan0",
+        "--ca-file",
+        fileWith("-----BEGIN CERTIFICATE-----\n"),
         "--user-agent",
         "Phone/1 (a b)",
         "--profile-url",
@@ -141,6 +144,7 @@ void TestConfig::options()
     QCOMPARE(config.userAgent, QString("Phone/1 (a b)"));
     QCOMPARE(config.profileUrl, QString("http://example.org/uap"));
     QCOMPARE(config.connectTimeout, 5s);
+    QCOMPARE(config.authorities, m_folder.filePath("config.ini"));
     QCOMPARE(config.stallTimeout, 6s);
     QCOMPARE(config.maxSize, 100000);
     QCOMPARE(config.maxIncoming, 200000);
@@ -271,6 +275,9 @@ void TestConfig::refusals_data()
     row("neither yes nor no", {"--telephony", "maybe"}, "--telephony: maybe not in {");
     row("61 characters", {"--settings-uri", QString(61, 'x')}, "room for 60 characters");
     row("a header", {"--user-agent", "a\r\nb"}, "--user-agent: at most 255 printable");
+    row("no file of certificates", {"--ca-file", "/nowhere"}, "--ca-file: this is no file");
+    row("a folder of certificates", {"--ca-file", "/tmp"}, "--ca-file: this is no file");
+    row("no certificate", {"--ca-file", "/proc/self/status"}, "--ca-file: there is no certificate");
     row("an interface", {"--interface", "a b"}, "--interface: this is no name");
     row("two logs", {"--log", "/a", "-v"}, "--log");
     row("no such file", {"--config", "/nowhere/at/all"}, "/nowhere/at/all");
