@@ -30,6 +30,14 @@ void countStep()
     }
 }
 
+/// Whether others can see what is written there. A counter that wakes another thread is a file of
+/// no kind, and nobody else has it.
+bool isSeen(int file)
+{
+    struct stat about = {};
+    return fstat(file, &about) == 0 && (about.st_mode & S_IFMT) != 0;
+}
+
 template <typename Function> Function real(Function, const char *name)
 {
     return reinterpret_cast<Function>(dlsym(RTLD_NEXT, name));
@@ -37,14 +45,18 @@ template <typename Function> Function real(Function, const char *name)
 
 } // namespace
 
-// The name, what it is called with, and how it is passed on.
-#define WMSG_STEP(result, name, parameters, arguments)                       \
+// The name, what it is called with, how it is passed on, and when it counts.
+#define WMSG_STEP_IF(result, name, parameters, arguments, condition)         \
     extern "C" __attribute__((visibility("default"))) result name parameters \
     {                                                                        \
         static const auto next = real(&name, #name);                         \
-        countStep();                                                         \
+        if (condition) {                                                     \
+            countStep();                                                     \
+        }                                                                    \
         return next arguments;                                               \
     }
+#define WMSG_STEP(result, name, parameters, arguments) \
+    WMSG_STEP_IF(result, name, parameters, arguments, true)
 
 WMSG_STEP(int, fsync, (int file), (file))
 WMSG_STEP(int, fdatasync, (int file), (file))
@@ -55,7 +67,8 @@ WMSG_STEP(int, unlink, (const char *path), (path))
 WMSG_STEP(int, unlinkat, (int folder, const char *path, int flags), (folder, path, flags))
 WMSG_STEP(int, mkdir, (const char *path, mode_t mode), (path, mode))
 WMSG_STEP(int, mkostemp, (char *path, int flags), (path, flags))
-WMSG_STEP(ssize_t, write, (int file, const void *bytes, size_t size), (file, bytes, size))
+WMSG_STEP_IF(ssize_t, write, (int file, const void *bytes, size_t size), (file, bytes, size),
+             isSeen(file))
 WMSG_STEP(ssize_t, writev, (int file, const iovec *ranges, int count), (file, ranges, count))
 WMSG_STEP(ssize_t, pwrite, (int file, const void *bytes, size_t size, off_t at),
           (file, bytes, size, at))
