@@ -187,8 +187,20 @@ void Inbox::settle(const IncomingRecord &record)
         assemble();
         armExpiry();
     } else {
-        Q_EMIT added(record.message.id);
+        tell(record.message);
     }
+}
+
+/// Tells of a message that is whole; the log too, for that is where one looks for an MMS that does
+/// not come.
+void Inbox::tell(const telephony::Message &message)
+{
+    if (message.hasPorts) {
+        qCInfo(kInbox, "a message to port %d is here", int(message.destinationPort));
+    } else {
+        qCInfo(kInbox, "a message is here");
+    }
+    Q_EMIT added(message.id);
 }
 
 void Inbox::hold(const IncomingSms &sms, const QString &problem)
@@ -250,7 +262,7 @@ QString Inbox::assemble(const Concatenation::Records &parts)
         logProblem(m_spool.remove(Spool::Box::In, part));
         m_records.erase(part);
     }
-    Q_EMIT added(whole.message.id);
+    tell(whole.message);
     return QString();
 }
 

@@ -75,6 +75,7 @@ private:
     [[nodiscard]] QString keep(const IncomingRecord &record);
     [[nodiscard]] QString makeRoom(const IncomingRecord &record);
     void settle(const IncomingRecord &record);
+    void tell(const telephony::Message &message);
     void hold(const IncomingSms &sms, const QString &problem);
     void tryAgain();
 

@@ -66,7 +66,7 @@ int run(int argc, char **argv)
     QString problem;
     auto modem = makeModem(reading.config, problem);
     if (!modem) {
-        return complain(kProgram, kExitFailed, problem);
+        return complain(kProgram, kExitUsage, problem);
     }
     TelephonyDaemon daemon(reading.config.daemon, std::move(modem));
     QObject::connect(&stop, &StopSignals::stopped, &daemon, &TelephonyDaemon::stop);
