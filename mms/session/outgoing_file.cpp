@@ -18,13 +18,14 @@ namespace {
 
 constexpr unsigned short kTextPlain = 3; // the kind of name that lies in /tmp
 constexpr int kNames = 65536; // the count in a name has 16 bits
+constexpr mode_t kPrivate = 0600; // everybody may look into /tmp
 
 enum class Reserved { Yes, NameTaken, Failed };
 
 /// Creates an empty file that must not exist, not even as a link.
 Reserved create(const QByteArray &path)
 {
-    const int file = ::open(path.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    const int file = ::open(path.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kPrivate);
     if (file < 0) {
         return errno == EEXIST ? Reserved::NameTaken : Reserved::Failed;
     }
@@ -50,7 +51,8 @@ Reserved reserve(const QByteArray &path)
     }
     const QByteArray temporary = path + ".tmp";
     result = create(temporary);
-    if (result == Reserved::NameTaken && isLeftover(temporary)) {
+    if (result == Reserved::NameTaken && isLeftover(temporary)
+        && ::chmod(temporary.constData(), kPrivate) == 0) {
         return Reserved::Yes;
     }
     if (result != Reserved::Yes) {

@@ -7,7 +7,8 @@
 
 /// OutgoingFile is a name for a mail file that no other process uses: an empty file is created
 /// under it that must not have existed. A message is then saved over it, by way of the same name
-/// with ".tmp" behind it. Unless keep() is called, the reservation goes with the object.
+/// with ".tmp" behind it; no other user can read it there. Unless keep() is called, the reservation
+/// goes with the object.
 class OutgoingFile {
 public:
     /// OutgoingFile() reserves the first name that is free, of all that there are.

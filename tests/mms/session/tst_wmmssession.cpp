@@ -1089,6 +1089,10 @@ void TestWMMSSession::namesThatAreTaken()
     QCOMPARE(m_session->send(&message, m_status), 0);
     const QString sent = m_proxy->takeSent(0);
     QCOMPARE(sent == name, !isTaken);
+    struct stat state;
+    QCOMPARE(stat(QFile::encodeName(sent), &state), 0);
+    QCOMPARE(state.st_mode & 07777,
+             0600u); // nobody else reads it, also not where it was a leftover
     WMMSMsg read;
     QCOMPARE(int(read.construct(sent, true)), 100);
     QVERIFY(QFile::remove(sent));
@@ -1097,7 +1101,6 @@ void TestWMMSSession::namesThatAreTaken()
     QCOMPARE(precious.readAll(), QByteArray("precious"));
     QVERIFY(!QFile::exists(other + "-not"));
     // What was in the way is as it was, and no reservation stayed.
-    struct stat state;
     QCOMPARE(lstat(path, &state) == 0, isTaken);
     QCOMPARE(QFile::exists(name), suffix.isEmpty() && kind != "link to nowhere");
     if (kind == "hard link" || (kind == "file" && isTaken)) {
