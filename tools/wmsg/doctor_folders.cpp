@@ -99,7 +99,7 @@ QList<QJsonObject> recordsIn(const QString &folder)
 bool isDone(const QJsonObject &record)
 {
     return record.value(kStage) == "over"_L1 || record.value("kind"_L1) == "over"_L1
-        || record.contains("result"_L1);
+        || record.contains("status"_L1);
 }
 
 /// Whom a multimedia message is for, in words.

@@ -638,7 +638,7 @@ void TestDoctor::waiting()
     QVERIFY(finding.remedy.contains("wmsg receive"));
 
     // Those of the telephony daemon: a result that nobody has taken yet is not waited for.
-    write("sms/out/1.json", R"({"version":1,"result":{}})");
+    write("sms/out/1.json", R"({"version":1,"reference":1,"status":0,"networkReference":7})");
     write("sms/in/2.json", R"({"version":1,"kind":"over"})");
     write("sms/in/3.json", R"({"version":1,"kind":"whole"})");
     const Diagnosis sms = checkWaiting(spoolAt("sms"));
