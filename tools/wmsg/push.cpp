@@ -78,9 +78,9 @@ void addPush(CLI::App &program, int &exitCode)
     auto options = std::make_shared<PushOptions>();
     CLI::App *command = program.add_subcommand(
         "push", "Hand notifications and delivery reports to the proxy daemon, as a network does");
-    command->add_option("files", options->files, "PDUs; - is standard input")
+    command->add_option("FILE", options->files, "PDU; - is standard input")
         ->required()
-        ->type_name("FILE");
+        ->type_name("");
     command->add_option("--socket", options->socket, "The push socket of the daemon")
         ->type_name("PATH")
         ->capture_default_str();
