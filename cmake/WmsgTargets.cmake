@@ -89,14 +89,14 @@ function(wmsg_keep_small target)
         $<$<CONFIG:Release>:-O2>
         # Each object would have its own copy of what templates share, changed to its taste.
         $<$<CXX_COMPILER_ID:GNU>:-fno-ipa-sra>)
-    # The loader has to know packed relocations.
+    # The loader has to know packed relocations, and to be told of them, which mold does not do.
     check_cxx_source_compiles("#include <features.h>
         #if !__GLIBC_PREREQ(2, 36)
         #error older
         #endif
         int main() { return 0; }" WMSG_LOADER_UNPACKS)
     check_linker_flag(CXX -Wl,-z,pack-relative-relocs WMSG_LINKER_PACKS)
-    if(WMSG_LOADER_UNPACKS AND WMSG_LINKER_PACKS)
+    if(WMSG_LOADER_UNPACKS AND WMSG_LINKER_PACKS AND NOT (WMSG_DEVELOPER AND WMSG_HAVE_MOLD))
         target_link_options(${target} PRIVATE -Wl,-z,pack-relative-relocs)
     endif()
 endfunction()
