@@ -85,13 +85,12 @@ std::string checkInterface(const std::string &name)
 
 std::string checkCertificates(const std::string &path)
 {
-    constexpr qint64 kLongest =
-        qint64(16) * 1024 * 1024; // all that the world believes is a quarter
+    constexpr qint64 kMost = qint64(16) * 1024 * 1024; // systems have a quarter of a megabyte
     QFile file(QString::fromStdString(path));
     if (!QFileInfo(file).isFile() || !file.open(QIODevice::ReadOnly)) {
         return "this is no file that can be read: " + path;
     }
-    return file.read(kLongest).contains("-----BEGIN CERTIFICATE-----")
+    return file.read(kMost).contains("-----BEGIN CERTIFICATE-----")
         ? ""
         : "there is no certificate in " + path;
 }

@@ -37,6 +37,7 @@ private slots:
         qputenv("HOME", "/home-of-a-test");
     }
     void defaults();
+    void certificates();
     void options();
     void file();
     void shortMessagesAreTakenOrNot();
@@ -89,6 +90,14 @@ void TestConfig::defaults()
     QVERIFY(!config.isVerbose);
 }
 
+void TestConfig::certificates()
+{
+    const QString path = fileWith("-----BEGIN CERTIFICATE-----\n");
+    QCOMPARE(read({"--ca-file", path}).config.authorities, path);
+    const QString relative = QDir().relativeFilePath(path);
+    QCOMPARE(QDir::cleanPath(read({"--ca-file", relative}).config.authorities), path);
+}
+
 void TestConfig::options()
 {
     const ConfigReading reading = read({
@@ -108,8 +117,6 @@ void TestConfig::options()
         "http://10.0.0.1:8",
         "--interface",
         "if!wwan0",
-        "--ca-file",
-        fileWith("-----BEGIN CERTIFICATE-----\n"),
         "--user-agent",
         "Phone/1 (a b)",
         "--profile-url",
@@ -144,7 +151,6 @@ void TestConfig::options()
     QCOMPARE(config.userAgent, QString("Phone/1 (a b)"));
     QCOMPARE(config.profileUrl, QString("http://example.org/uap"));
     QCOMPARE(config.connectTimeout, 5s);
-    QCOMPARE(config.authorities, m_folder.filePath("config.ini"));
     QCOMPARE(config.stallTimeout, 6s);
     QCOMPARE(config.maxSize, 100000);
     QCOMPARE(config.maxIncoming, 200000);
