@@ -359,6 +359,28 @@ private slots:
         QCOMPARE(filesIn(box()).size(), 1);
     }
 
+    void theExampleOfThePageIsWhatIsWritten()
+    {
+        QFile page(WMSG_TEST_DATA "/../../docs/formats/telephony-spool.md");
+        QVERIFY(page.open(QIODevice::ReadOnly));
+        const QByteArray text = page.readAll();
+        const qsizetype begin = text.indexOf("```json\n") + 8;
+        const qsizetype length = text.indexOf("```", begin) - begin;
+        QJsonObject example = QJsonDocument::fromJson(text.mid(begin, length)).object();
+        QCOMPARE(example.take("version"), QJsonValue(1));
+        QString reason;
+        const auto read = IncomingRecord::fromJson(example, reason);
+        QVERIFY2(read, qPrintable(reason));
+        QCOMPARE(read->toJson(), example);
+
+        auto sms = smsOf("hi", read->segments.first().place);
+        sms.time = read->message.time;
+        IncomingRecord written = incomingRecord(sms);
+        written.kept = read->kept;
+        written.message.id = read->message.id;
+        QCOMPARE(written.toJson(), example);
+    }
+
     void aRecordThatCannotBeUsedIsKeptAside_data()
     {
         const QByteArray good =
