@@ -11,9 +11,10 @@
 
 /// The media type registry service: which file name extensions belong to a media type.
 ///
-/// Here it answers from three tables: the phone types and the other names of known types, which come
-/// with this library, and the shared MIME database of the system. There is one registry per process. It is made when it is first
-/// asked, lives as long as the process, and may be asked from any thread.
+/// Here it answers from three tables: the phone types and the other names of known types, which
+/// come with this library, and the shared MIME database of the system. There is one registry per
+/// process. It is made when it is first asked, lives as long as the process, and may be asked from
+/// any thread.
 class WMSG_PLATFORM_EXPORT AM_MimeType {
 public:
     /// instance returns the registry of this process. It is never null and must not be deleted.
