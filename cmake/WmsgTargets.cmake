@@ -3,7 +3,6 @@
 
 # How every target of the project is compiled, and the helpers that declare them.
 
-include(CheckCXXSourceCompiles)
 include(CheckLinkerFlag)
 include(GenerateExportHeader)
 
@@ -82,6 +81,28 @@ function(wmsg_strict_qt target)
         <algorithm> <array> <functional> <memory> <optional> <string> <vector> ${ARG_HEADERS})
 endfunction()
 
+# The loader unpacks relocations for a library that asks for it by name. Some linkers pack and do not ask (mold), or
+# do neither, and where the loader cannot do it there is nothing of that name: what was linked is looked at.
+function(wmsg_check_packing)
+    if(DEFINED WMSG_PACKS_RELOCATIONS)
+        return()
+    endif()
+    set(probe ${PROJECT_BINARY_DIR}/packed_relocations)
+    file(WRITE ${probe}.cpp "#include <cstdio>\nstatic int number;\nint *table[] = {&number};\n"
+        "void print() { std::puts(\"\"); }\n")
+    get_directory_property(link_options LINK_OPTIONS)
+    try_compile(is_linked SOURCES ${probe}.cpp COMPILE_DEFINITIONS -fPIC
+        LINK_OPTIONS ${link_options} -shared -Wl,-z,pack-relative-relocs COPY_FILE ${probe}.so)
+    if(is_linked)
+        file(STRINGS ${probe}.so asks REGEX GLIBC_ABI_DT_RELR)
+    endif()
+    if(asks)
+        set(WMSG_PACKS_RELOCATIONS ON CACHE INTERNAL "Linker and loader agree on packed relocations")
+    else()
+        set(WMSG_PACKS_RELOCATIONS OFF CACHE INTERNAL "Linker and loader agree on packed relocations")
+    endif()
+endfunction()
+
 # Applications carry the library into every process: it is built to be small. What has to be fast beside that says so
 # where its sources are listed.
 function(wmsg_keep_small target)
@@ -89,14 +110,8 @@ function(wmsg_keep_small target)
         $<$<CONFIG:Release>:-O2>
         # Each object would have its own copy of what templates share, changed to its taste.
         $<$<CXX_COMPILER_ID:GNU>:-fno-ipa-sra>)
-    # The loader has to know packed relocations, and to be told of them, which mold does not do.
-    check_cxx_source_compiles("#include <features.h>
-        #if !__GLIBC_PREREQ(2, 36)
-        #error older
-        #endif
-        int main() { return 0; }" WMSG_LOADER_UNPACKS)
-    check_linker_flag(CXX -Wl,-z,pack-relative-relocs WMSG_LINKER_PACKS)
-    if(WMSG_LOADER_UNPACKS AND WMSG_LINKER_PACKS AND NOT (WMSG_DEVELOPER AND WMSG_HAVE_MOLD))
+    wmsg_check_packing()
+    if(WMSG_PACKS_RELOCATIONS)
         target_link_options(${target} PRIVATE -Wl,-z,pack-relative-relocs)
     endif()
 endfunction()
