@@ -31,9 +31,6 @@ struct HttpSettings {
     /// What to bind to: a name or an address, or "if!wwan0" and "host!10.1.2.3", which are taken as
     /// nothing else. Empty: what the system chooses.
     QString interfaceName;
-    /// A file with the certificates of the authorities that are believed about https, in PEM.
-    /// Empty: those that the system believes.
-    QString authorities;
     QString userAgent;
     /// Where the profile of this device is found; sent as x-wap-profile unless it is empty.
     QString profileUrl;
@@ -42,6 +39,9 @@ struct HttpSettings {
     /// How long a transfer may stand still, in either direction, once it is connected. The time
     /// that it is paused does not count.
     std::chrono::milliseconds stallTimeout = std::chrono::seconds(60);
+    /// A file with the certificates of the authorities that are believed about https, in PEM.
+    /// Empty: those that the system believes.
+    QString authorities = {};
 };
 
 /// HttpRequest is one request: a GET, or a POST with a body from memory or from a file.
