@@ -42,8 +42,7 @@ AnswerQueue::AnswerQueue(Inbox &inbox, HttpClient &http, QString mmsc, RetrySche
     : QObject(parent), m_inbox(inbox), m_http(http), m_mmsc(std::move(mmsc)),
       m_schedule(std::move(schedule))
 {
-    m_alarm.setSingleShot(true);
-    connect(&m_alarm, &QTimer::timeout, this, &AnswerQueue::postNext);
+    connect(&m_alarm, &service::Alarm::rang, this, &AnswerQueue::postNext);
 }
 
 AnswerQueue::~AnswerQueue()
@@ -67,7 +66,7 @@ void AnswerQueue::owe(IncomingRecord &record, const Answer &answer) const
 
 void AnswerQueue::proceed()
 {
-    m_alarm.start(0);
+    m_alarm.start(RetrySchedule::Pause(0));
 }
 
 void AnswerQueue::postNext()

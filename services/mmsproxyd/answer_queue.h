@@ -3,13 +3,13 @@
 
 #pragma once
 
+#include "services/common/alarm.h"
 #include "services/mmsproxyd/inbox.h"
 #include "services/mmsproxyd/retry_schedule.h"
 
 #include <QtCore/QObject>
 #include <QtCore/QPointer>
 #include <QtCore/QString>
-#include <QtCore/QTimer>
 
 namespace wmsg::proxy {
 
@@ -46,7 +46,7 @@ private:
     HttpClient &m_http;
     QString m_mmsc;
     RetrySchedule m_schedule;
-    QTimer m_alarm;
+    service::Alarm m_alarm;
     QPointer<HttpTransfer> m_transfer;
 };
 

@@ -122,8 +122,7 @@ RetrievalQueue::RetrievalQueue(Spool &spool, Inbox &inbox, HttpClient &http,
       m_settings(std::move(settings)),
       m_answers(std::make_unique<AnswerQueue>(inbox, http, m_settings.mmsc, m_settings.schedule))
 {
-    m_alarm.setSingleShot(true);
-    connect(&m_alarm, &QTimer::timeout, this, &RetrievalQueue::fetchNext);
+    connect(&m_alarm, &service::Alarm::rang, this, &RetrievalQueue::fetchNext);
 }
 
 RetrievalQueue::~RetrievalQueue() = default;
@@ -396,7 +395,7 @@ void RetrievalQueue::applyPause(Fetch &fetch)
 
 void RetrievalQueue::proceed()
 {
-    m_alarm.start(0);
+    m_alarm.start(RetrySchedule::Pause(0));
 }
 
 /// Starts what is due when there is room, and sets the alarm for what is not due.

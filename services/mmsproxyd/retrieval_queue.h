@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "services/common/alarm.h"
 #include "services/mmsproxyd/inbox.h"
 #include "services/mmsproxyd/retry_schedule.h"
 #include "services/mmsproxyd/session_id.h"
@@ -11,7 +12,6 @@
 #include <QtCore/QByteArray>
 #include <QtCore/QObject>
 #include <QtCore/QString>
-#include <QtCore/QTimer>
 
 #include <map>
 #include <memory>
@@ -142,7 +142,7 @@ private:
     Inbox &m_inbox;
     HttpClient &m_http;
     RetrievalSettings m_settings;
-    QTimer m_alarm;
+    service::Alarm m_alarm;
     std::unique_ptr<AnswerQueue> m_answers;
     std::map<MessageId, Fetch> m_fetches;
 };

@@ -87,8 +87,7 @@ struct Outgoing {
 SendQueue::SendQueue(Spool &spool, HttpClient &http, SendSettings settings, QObject *parent)
     : QObject(parent), m_spool(spool), m_http(http), m_settings(std::move(settings))
 {
-    m_alarm.setSingleShot(true);
-    connect(&m_alarm, &QTimer::timeout, this, &SendQueue::postNext);
+    connect(&m_alarm, &service::Alarm::rang, this, &SendQueue::postNext);
 }
 
 SendQueue::~SendQueue() = default;
@@ -268,7 +267,7 @@ void SendQueue::forget(SessionId session)
 
 void SendQueue::proceed()
 {
-    m_alarm.start(0);
+    m_alarm.start(RetrySchedule::Pause(0));
 }
 
 /// Starts what is due and has room, and sets the alarm for what is not due.

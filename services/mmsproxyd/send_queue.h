@@ -3,13 +3,13 @@
 
 #pragma once
 
+#include "services/common/alarm.h"
 #include "services/mmsproxyd/retry_schedule.h"
 #include "services/mmsproxyd/session_id.h"
 #include "services/mmsproxyd/spool.h"
 
 #include <QtCore/QObject>
 #include <QtCore/QString>
-#include <QtCore/QTimer>
 
 #include <map>
 #include <memory>
@@ -99,7 +99,7 @@ private:
     Spool &m_spool;
     HttpClient &m_http;
     SendSettings m_settings;
-    QTimer m_alarm;
+    service::Alarm m_alarm;
     std::map<MessageId, std::unique_ptr<Outgoing>> m_messages;
 };
 
