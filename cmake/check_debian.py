@@ -2,12 +2,11 @@
 # SPDX-FileCopyrightText: 2026 The wmsg authors
 # SPDX-License-Identifier: Apache-2.0
 
-"""What the Debian packages repeat from elsewhere is the same there: the version, the exported names of the library,
+"""What the Debian packages repeat from elsewhere is the same there: the version, the exported names of the libraries,
 and the packages that a build needs.
 
     check_debian.py            compares
-    check_debian.py --update   writes new names into debian/libwmsg1.symbols, with the version that they come in,
-                               and removes those that are gone
+    check_debian.py --update   writes the names of abi/ into the lists of debian/, with the versions that brought them
 """
 
 import argparse
@@ -16,10 +15,12 @@ import sys
 
 import lint_files
 
-SYMBOLS = "debian/libwmsg1.symbols"
-LIST = re.compile(r"abi/\d+\.\d+/libwmsg\.symbols")
-# A row for a name of ours. Others are patterns for what compilers add.
-ROW = re.compile(r'^ \(c\+\+\)"(?P<name>.+)@Base" (?P<version>\S+)$')
+LISTS = ("debian/libwmsg1.symbols", "debian/libwmsg-platform1.symbols")
+ABI = re.compile(r"abi/(?P<version>\d+\.\d+)/(?P<library>[\w-]+)\.symbols")
+LIBRARY = re.compile(r"^(?=\S+ \S+ #MINVER#$)", re.MULTILINE)
+# A row for a name of ours; variables and functions of C have no more than a name. Others are patterns for what
+# compilers add.
+ROW = re.compile(r'^ (?:\(c\+\+\)"(?P<name>.+)@Base"|(?P<plain>\w+)@Base) (?P<version>\S+)$')
 
 
 def version(tree):
@@ -30,15 +31,37 @@ def changelog_version(tree):
     return re.match(r"wmsg \(([^()]+)-[^-()]+\) ", tree["debian/changelog"])[1]
 
 
-def exported(tree):
-    """The names of the library: what the lists of all versions say."""
-    return {name for path in tree if LIST.fullmatch(path) for name in tree[path].splitlines()}
+def exported(tree, library):
+    """The names of a library -> the version that brought them."""
+    found = {}
+    for match in filter(None, map(ABI.fullmatch, sorted(tree))):
+        if match["library"] == library:
+            found.update((name, match["version"] + ".0") for name in tree[match[0]].splitlines())
+    return found
 
 
-def rows(tree):
-    """The names of ours in the list of the package -> since when they are there."""
-    found = map(ROW.match, tree[SYMBOLS].splitlines())
-    return {row["name"]: row["version"] for row in found if row}
+def sections(text):
+    """The lines of each library of a list."""
+    for section in LIBRARY.split(text)[1:]:
+        yield section.partition(".so")[0], section.splitlines()
+
+
+def rows(lines):
+    """The names of ours -> since when they are there."""
+    return {row["name"] or row["plain"]: row["version"] for row in map(ROW.match, lines) if row}
+
+
+def row(name, since):
+    return f" {name}@Base {since}" if re.fullmatch(r"\w+", name) else f' (c++)"{name}@Base" {since}'
+
+
+def differences(tree, path):
+    for library, lines in sections(tree[path]):
+        listed, wanted = rows(lines), exported(tree, library)
+        yield from (f"{path}: lacks {name} of {library}" for name in sorted(wanted.keys() - listed.keys()))
+        yield from (f"{path}: has {name}, which {library} does not promise" for name in sorted(listed.keys() - wanted.keys()))
+        yield from (f"{path}: has {name} since {listed[name]}, not {wanted[name]}"
+                    for name in sorted(wanted.keys() & listed.keys()) if wanted[name] != listed[name])
 
 
 def build_packages(tree):
@@ -53,33 +76,37 @@ def check(tree):
     problems = []
     if version(tree) != changelog_version(tree):
         problems.append(f"debian/changelog:1: is about {changelog_version(tree)}, and CMakeLists.txt about {version(tree)}")
-    listed = set(rows(tree))
-    problems += [f"{SYMBOLS}: lacks {name}" for name in sorted(exported(tree) - listed)]
-    problems += [f"{SYMBOLS}: has {name}, which is not exported" for name in sorted(listed - exported(tree))]
+    for path in LISTS:
+        problems += differences(tree, path)
+    promised = {match["library"] for match in map(ABI.fullmatch, tree) if match}
+    listed = {library for path in LISTS for library, _ in sections(tree[path])}
+    problems += [f"{LISTS[-1]}: lacks {library}" for library in sorted(promised - listed)]
     installed = set(re.findall(r"[\w.+-]+", tree["scripts/install-deps"]))
     problems += [f"scripts/install-deps: lacks {name}, which debian/control wants" for name in sorted(build_packages(tree) - installed)]
     return problems
 
 
-def updated(tree):
-    """The list of the package with the names that are exported now; those that it had keep their versions."""
-    since = rows(tree)
-    kept = [line for line in tree[SYMBOLS].splitlines() if not ROW.match(line)]
-    ours = [f' (c++)"{name}@Base" {since.get(name, version(tree))}' for name in sorted(exported(tree))]
-    return "".join(line + "\n" for line in kept + ours)
+def updated(tree, path):
+    """A list with the names as they are now; its patterns stay."""
+    text = ""
+    for library, lines in sections(tree[path]):
+        kept = [line for line in lines if not ROW.match(line)]
+        text += "".join(line + "\n" for line in kept + [row(*entry) for entry in sorted(exported(tree, library).items())])
+    return text
 
 
 def main():
     options = argparse.ArgumentParser()
-    options.add_argument("--update", action="store_true", help="write the list of names anew")
-    lists = [name for name in lint_files.paths() if LIST.fullmatch(name)]
-    tree = lint_files.read(["CMakeLists.txt", "debian/changelog", "debian/control", SYMBOLS, "scripts/install-deps", *lists])
+    options.add_argument("--update", action="store_true", help="write the names anew")
+    lists = [name for name in lint_files.paths() if ABI.fullmatch(name)]
+    tree = lint_files.read(["CMakeLists.txt", "debian/changelog", "debian/control", "scripts/install-deps", *LISTS, *lists])
     if options.parse_args().update:
-        (lint_files.ROOT / SYMBOLS).write_text(updated(tree), encoding="utf-8")
+        for path in LISTS:
+            (lint_files.ROOT / path).write_text(updated(tree, path), encoding="utf-8")
         return
     problems = check(tree)
     if problems:
-        problems.append("Names of the library are brought over by cmake/check_debian.py --update.")
+        problems.append("Names of the libraries are brought over by cmake/check_debian.py --update.")
     lint_files.finish(problems, len(tree))
 
 

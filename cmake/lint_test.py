@@ -254,8 +254,12 @@ class Debian(unittest.TestCase):
                            "\nPackage: libwmsg1\nDepends: gone\n"),
         "scripts/install-deps": 'build="cmake doxygen debhelper"\n',
         "abi/1.0/libwmsg.symbols": "A::a(int)\nvtable for A\n",
+        "abi/1.1/libwmsg.symbols": "A::b(int)\n",
+        "abi/1.0/libwmsg-engine.symbols": "A::a(int)\nengine\n",
         "debian/libwmsg1.symbols": ('libwmsg.so.1 libwmsg1 #MINVER#\n (optional|regex)"^_ZSt.*@Base$" 1.0.0\n'
-                                    ' (c++)"A::a(int)@Base" 1.0.0\n (c++)"vtable for A@Base" 1.0.0\n'),
+                                    ' (c++)"A::a(int)@Base" 1.0.0\n (c++)"A::b(int)@Base" 1.1.0\n (c++)"vtable for A@Base" 1.0.0\n'),
+        "debian/libwmsg-platform1.symbols": ('libwmsg-engine.so.1 libwmsg-platform1 #MINVER#\n (c++)"A::a(int)@Base" 1.0.0\n'
+                                             ' engine@Base 1.0.0\n'),
     }
 
     def test_what_agrees_passes(self):
@@ -269,17 +273,27 @@ class Debian(unittest.TestCase):
         self.refuses("debian/changelog", "wmsg (1.0.0-2) unstable; urgency=medium\n", "is about 1.0.0, and CMakeLists.txt about 1.1.0")
 
     def test_names_that_differ_are_refused(self):
-        self.refuses("abi/1.0/libwmsg.symbols", "A::a(int)\nA::b()\nvtable for A\n", "lacks A::b()")
-        self.refuses("abi/1.0/libwmsg.symbols", "A::a(int)\n", "has vtable for A, which")
+        self.refuses("abi/1.0/libwmsg.symbols", "A::a(int)\nA::c()\nvtable for A\n", "lacks A::c() of libwmsg")
+        self.refuses("abi/1.0/libwmsg.symbols", "A::a(int)\n", "has vtable for A, which libwmsg does not promise")
+        self.refuses("abi/1.0/libwmsg-engine.symbols", "engine\n", "has A::a(int), which libwmsg-engine does not promise")
+
+    def test_names_of_another_version_are_refused(self):
+        old = self.TREE["debian/libwmsg1.symbols"]
+        self.refuses("debian/libwmsg1.symbols", old.replace("1.1.0", "1.0.0"), "has A::b(int) since 1.0.0, not 1.1.0")
+
+    def test_libraries_that_are_not_listed_are_refused(self):
+        self.refuses("abi/1.1/libwmsg-mimetype.symbols", "A::a(int)\n", "lacks libwmsg-mimetype")
 
     def test_packages_that_are_not_installed_are_refused(self):
         self.refuses("scripts/install-deps", 'build="cmake debhelper"\n', "lacks doxygen")
 
-    def test_new_names_come_with_the_version(self):
-        changed = {**self.TREE, "abi/1.0/libwmsg.symbols": "A::a(int)\nA::b()\n"}
-        self.assertEqual(check_debian.updated(changed),
+    def test_new_names_come_with_their_version(self):
+        changed = {**self.TREE, "abi/1.1/libwmsg.symbols": "b\n"}
+        self.assertEqual(check_debian.updated(changed, "debian/libwmsg1.symbols"),
                          'libwmsg.so.1 libwmsg1 #MINVER#\n (optional|regex)"^_ZSt.*@Base$" 1.0.0\n'
-                         ' (c++)"A::a(int)@Base" 1.0.0\n (c++)"A::b()@Base" 1.1.0\n')
+                         ' (c++)"A::a(int)@Base" 1.0.0\n b@Base 1.1.0\n (c++)"vtable for A@Base" 1.0.0\n')
+        for path in check_debian.LISTS:
+            self.assertEqual(check_debian.updated(self.TREE, path), self.TREE[path])
 
 
 class Abi(unittest.TestCase):
