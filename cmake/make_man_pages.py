@@ -24,8 +24,13 @@ TITLE = re.compile(r"^\.TH \S+", re.MULTILINE)
 NAME = re.compile(r"^(\.SH NAME\n).*( \\- )", re.MULTILINE)
 
 
+# What programs say of the reader's folders and sockets must not be those of the builder.
+READER = {**{name: value for name, value in os.environ.items() if name not in ("XDG_STATE_HOME", "WMSG_TELEPHONY_SOCKET")},
+          "HOME": "~", "LC_ALL": "C.UTF-8"}
+
+
 def help_of(words):
-    return subprocess.run([*words, "--help"], check=True, capture_output=True, text=True).stdout
+    return subprocess.run([*words, "--help"], check=True, capture_output=True, text=True, env=READER).stdout
 
 
 def subcommands(text):
@@ -72,8 +77,7 @@ def write(help2man, includes, folder, words, text, others):
     page = name_of(words)
     command = [help2man, "--no-info", "--section=1", f"--name={about(text)}",
                "--help-option=" + " ".join([*words[1:], "--help"]), f"--opt-include={includes / page}.h2m"]
-    environment = {**os.environ, "LC_ALL": "C.UTF-8"}
-    roff = subprocess.run([*command, words[0]], check=True, capture_output=True, text=True, env=environment).stdout
+    roff = subprocess.run([*command, words[0]], check=True, capture_output=True, text=True, env=READER).stdout
     roff = BOTH_NAMES.sub(r"\\fB\\-\1\\fR, \\fB\\-\\-\2\\fR", roff)
     roff = TITLE.sub(lambda head: f'.TH "{escaped(page.upper())}"', roff, count=1)
     roff = NAME.sub(lambda head: head[1] + escaped(page) + head[2], roff, count=1)

@@ -37,6 +37,8 @@ def problems_of(page, help_text, known):
     words = set(plain(re.sub(r"(-\w), (?=--)", r"\1,", text)).split())
     problems += [f"lacks {word!r}" for line in help_text.splitlines() for word in plain(line).split()
                  if word not in words and word not in ELSEWHERE]
+    home = f"{pathlib.Path.home()}/"
+    problems += [f"names the folder {home} of who made it"] if home != "//" and home in text else []
     pointers = re.findall(r"^\.BR (\S+) \(1\)", page.read_text(encoding="utf-8"), re.MULTILINE)
     problems += [f"points to {pointer}" for pointer in pointers if pointer.replace("\\-", "-") not in known]
     return [f"{page.name}: {problem}" for problem in problems]
