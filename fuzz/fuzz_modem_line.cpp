@@ -3,6 +3,7 @@
 
 // The input is what a program writes to the line of the simulated modem.
 
+#include "fuzz/fuzz_application.h"
 #include "fuzz/fuzz_support.h"
 #include "sim/modem/at_line.h"
 #include "sim/modem/at_terminal.h"
@@ -14,21 +15,11 @@
 #include <QtCore/QCoreApplication>
 
 #include <algorithm>
-#include <optional>
 
 using namespace wmsg::fuzz;
 using namespace wmsg::sim;
 
 namespace {
-
-/// Timers want an application.
-void needApplication()
-{
-    static int count = 1;
-    static char name[] = "fuzz";
-    static char *arguments[] = {name, nullptr};
-    static const QCoreApplication application(count, arguments);
-}
 
 /// All of the modem but its terminal device.
 class Line {

@@ -3,11 +3,11 @@
 
 // The input is what a session sends to the proxy daemon.
 
+#include "fuzz/fuzz_application.h"
 #include "fuzz/fuzz_support.h"
 #include "services/mmsproxyd/proxy_session.h"
 
 #include <QtCore/QCoreApplication>
-#include <QtCore/QLoggingCategory>
 
 #include <algorithm>
 #include <cstring>
@@ -23,16 +23,6 @@ namespace {
 
 constexpr qsizetype kLongestByteByByte = 256;
 constexpr qsizetype kHead = 8; // the type and the length of the variable part
-
-/// Sockets want an application.
-void needApplication()
-{
-    static int count = 1;
-    static char name[] = "fuzz";
-    static char *arguments[] = {name, nullptr};
-    static const QCoreApplication application(count, arguments);
-    QLoggingCategory::setFilterRules(QStringLiteral("wmsg.*=false"));
-}
 
 /// What a session was heard to say, and how that ended.
 struct Heard {

@@ -4,12 +4,12 @@
 // The input is what arrives on a proxy socket from the start of a record on. It is read as a
 // command and as an event.
 
+#include "fuzz/fuzz_application.h"
 #include "fuzz/fuzz_support.h"
 #include "mms/session/mms_ua_cmd.h"
 #include "mms/session/mms_ua_svcmd.h"
 #include "tests/support/socket_pair.h"
 
-#include <QtCore/QCoreApplication>
 #include <QtCore/QList>
 #include <QtCore/QtEndian>
 
@@ -21,15 +21,6 @@ namespace {
 
 constexpr qsizetype kHead = 8; // the type and the length of the variable part
 constexpr qsizetype kLongestByteByByte = 128;
-
-/// Sockets want an application.
-void needApplication()
-{
-    static int count = 1;
-    static char name[] = "fuzz";
-    static char *arguments[] = {name, nullptr};
-    static const QCoreApplication application(count, arguments);
-}
 
 template <typename Base> std::unique_ptr<Base> newRecord(const QByteArray &input)
 {

@@ -3,6 +3,7 @@
 
 // The input is what a client sends to the telephony daemon, behind a greeting where it has none.
 
+#include "fuzz/fuzz_application.h"
 #include "fuzz/fuzz_support.h"
 #include "services/common/local_address.h"
 #include "services/telephonyd/loopback_modem.h"
@@ -10,7 +11,6 @@
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QDir>
-#include <QtCore/QLoggingCategory>
 #include <QtCore/QTemporaryDir>
 
 #include <algorithm>
@@ -24,16 +24,6 @@ using namespace wmsg::telephony;
 using namespace wmsg::telephonyd;
 
 namespace {
-
-/// Sockets want an application.
-void needApplication()
-{
-    static int count = 1;
-    static char name[] = "fuzz";
-    static char *arguments[] = {name, nullptr};
-    static const QCoreApplication application(count, arguments);
-    QLoggingCategory::setFilterRules(QStringLiteral("wmsg.*=false"));
-}
 
 /// A client's end, which goes on while the daemon works.
 class Client {
