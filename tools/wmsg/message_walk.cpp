@@ -260,12 +260,31 @@ bool MessageWalk::isReadByCodec(const WSP_Stream &stream, int id, qint32 end)
     return codec->read(copy, &header) != 0 && copy.pos == end;
 }
 
+/// Moves behind a value. Some senders leave out the length of an address or of a time: its token
+/// alone would pass for the value then, and what follows for a field.
+bool MessageWalk::skipKnown(WSP_Stream &stream, int id) const
+{
+    constexpr int kLongestTime = 8;
+    const int token = byteAt(stream.pos);
+    const int next = byteAt(stream.pos + 1);
+    const bool isTime = id == MMS_FIELD_DELIVERY_TIME || id == MMS_FIELD_EXPIRY;
+    if (id == MMS_FIELD_FROM && token == kHighBit && next > 0) {
+        ++stream.pos;
+        return intake::readEncodedText(stream).has_value();
+    }
+    if (isTime && token >= kHighBit && next > 0 && next <= kLongestTime) {
+        ++stream.pos;
+        return intake::readNumber(stream).has_value();
+    }
+    return intake::skipValue(stream);
+}
+
 bool MessageWalk::walkKnown(WSP_Stream &stream, int id)
 {
     const QString name = fieldName(id);
     const qint32 start = stream.pos;
     WSP_Stream behind = stream;
-    if (!intake::skipValue(behind)) {
+    if (!skipKnown(behind, id)) {
         return false;
     }
     bool isRead = isReadByCodec(stream, id, behind.pos);

@@ -71,6 +71,7 @@ private:
     bool walkField(WSP_Stream &stream);
     bool walkTextField(WSP_Stream &stream, const QString &place, bool isHeader);
     bool walkKnown(WSP_Stream &stream, int id);
+    [[nodiscard]] bool skipKnown(WSP_Stream &stream, int id) const;
     bool isReadByCodec(const WSP_Stream &stream, int id, qint32 end);
     bool walkOther(WSP_Stream &stream, int id);
     void walkContentType(WSP_Stream &stream);

@@ -64,6 +64,7 @@ class TestExplain : public QObject {
 private slots:
     void repaired();
     void repairedJson();
+    void lengthsLeftOut();
     void strict();
     void lost();
     void keptAside();
@@ -125,6 +126,23 @@ void TestExplain::repairedJson()
                                                {"value", "the message follows (128)"}}}));
     QCOMPARE(object["headerLength"].toInt(), 17);
     QCOMPARE(object["bodyLength"].toInt(), 11);
+}
+
+void TestExplain::lengthsLeftOut()
+{
+    const Desk desk;
+    desk.write("m",
+               fromHex("8C 84 98 52 00 8D 92 89 80 2B 31 32 00 87 81 02 0E 10 88 80 04 6B 00 00 00"
+                       " 8A 80 84 A3 01 01 03 83 41 42 43"));
+    const QJsonObject object = desk.run({"decode", "--json", "m"}).json();
+    QCOMPARE(object["headers"]["from"]["value"].toString(), "+12");
+    QVERIFY(object["headers"].toObject().contains("deliveryTime"));
+    QVERIFY(
+        !object.contains("otherFields")); // the address and the times are no fields of their own
+    const QString bytes = desk.run({"decode", "--hex", "m"}).out;
+    QVERIFY2(bytes.contains("80 2B 31 32 00") && bytes.contains("81 02 0E 10")
+                 && bytes.contains("80 04 6B 00 00 00"),
+             qPrintable(bytes));
 }
 
 void TestExplain::strict()
