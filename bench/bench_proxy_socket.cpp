@@ -12,7 +12,6 @@
 #include <QtNetwork/QLocalSocket>
 
 #include <array>
-#include <cstdlib>
 #include <thread>
 
 #include <sys/socket.h>

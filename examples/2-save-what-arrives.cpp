@@ -13,7 +13,6 @@
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QDir>
-#include <QtCore/QFile>
 
 #include <cstdio>
 #include <memory>

@@ -6,8 +6,6 @@
 #include "fuzz/fuzz_support.h"
 #include "util/mms_util_common.h"
 
-#include <QtCore/QStringList>
-
 #include <algorithm>
 #include <memory>
 

@@ -11,7 +11,6 @@
 
 #include <QtCore/QSet>
 
-#include <algorithm>
 #include <vector>
 
 using namespace wmsg::fuzz;

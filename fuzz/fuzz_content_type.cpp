@@ -6,8 +6,6 @@
 #include "fuzz/fuzz_support.h"
 #include "mms/codec/wmmscontenttype.h"
 
-#include <QtCore/QStringList>
-
 #include <algorithm>
 
 using namespace wmsg::fuzz;

@@ -12,7 +12,6 @@
 #include "mms/model/wmmsmultipart_body.h"
 #include "util/mms_util_common.h"
 
-#include <algorithm>
 #include <climits>
 #include <cstring>
 

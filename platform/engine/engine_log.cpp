@@ -5,7 +5,6 @@
 #include "platform/engine/engine_log_p.h"
 #include "platform/engine/mms_eng_controller.h"
 
-#include <cerrno>
 #include <cstring>
 
 namespace wmsg::engine {

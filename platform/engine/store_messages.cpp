@@ -9,7 +9,6 @@
 #include <QtCore/QFile>
 #include <QtCore/QStringDecoder>
 
-#include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <cstdlib>

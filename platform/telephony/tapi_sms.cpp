@@ -9,7 +9,6 @@
 #include <QtCore/QString>
 #include <QtCore/QtEndian>
 
-#include <climits>
 #include <cstring>
 
 using namespace wmsg::telephony;

@@ -5,7 +5,6 @@
 
 #include "services/common/option_checks.h"
 
-#include <QtCore/QByteArray>
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
 #include <QtCore/QRegularExpression>

@@ -3,8 +3,6 @@
 
 #pragma once
 
-#include <QtCore/QtGlobal>
-
 #include <chrono>
 #include <string>
 #include <vector>

@@ -8,7 +8,6 @@
 #include "services/mmsproxyd/session_id.h"
 
 #include <QtCore/QObject>
-#include <QtCore/QSet>
 #include <QtCore/QString>
 #include <QtCore/QTimer>
 

@@ -13,8 +13,6 @@
 #include <QtCore/QLoggingCategory>
 #include <QtCore/QPointer>
 #include <QtCore/QRandomGenerator>
-#include <QtCore/QTimeZone>
-#include <QtCore/QUrl>
 
 #include <algorithm>
 #include <optional>

@@ -8,7 +8,6 @@
 
 #include <QtCore/QStringDecoder>
 
-#include <algorithm>
 #include <utility>
 
 using namespace Qt::StringLiterals;

@@ -3,8 +3,6 @@
 
 #include "services/sms_pdu/tpdu_p.h"
 
-#include <QtCore/QTimeZone>
-
 #include <algorithm>
 #include <array>
 #include <cstdlib>

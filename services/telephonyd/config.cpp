@@ -8,7 +8,6 @@
 #include "services/common/program_options.h"
 
 #include <QtCore/QDir>
-#include <QtCore/QFile>
 
 #include <string>
 #include <utility>

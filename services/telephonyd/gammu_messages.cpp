@@ -8,7 +8,6 @@
 #include <QtCore/QCryptographicHash>
 #include <QtCore/QDateTime>
 #include <QtCore/QString>
-#include <QtCore/QTimeZone>
 #include <QtCore/QtEndian>
 
 #include <algorithm>

@@ -7,7 +7,6 @@
 
 #include <QtCore/QLatin1String>
 #include <QtCore/QString>
-#include <QtCore/QStringList>
 
 #include <string>
 #include <vector>

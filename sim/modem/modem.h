@@ -9,7 +9,6 @@
 #include "sim/modem/phone_commands.h"
 #include "sim/modem/pty.h"
 
-#include <QtCore/QByteArray>
 #include <QtCore/QObject>
 #include <QtCore/QString>
 

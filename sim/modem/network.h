@@ -7,7 +7,6 @@
 #include "sim/common/pdu_files.h"
 
 #include <QtCore/QByteArray>
-#include <QtCore/QByteArrayList>
 #include <QtCore/QObject>
 #include <QtCore/QQueue>
 #include <QtCore/QString>

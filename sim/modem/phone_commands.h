@@ -7,8 +7,6 @@
 
 #include <QtCore/QByteArray>
 
-#include <functional>
-
 namespace wmsg::sim {
 
 /// PhoneCommands is the part of the modem that says who it is and how the network is heard.

@@ -5,7 +5,6 @@
 
 #include <QtCore/QFile>
 
-#include <cerrno>
 #include <cstdlib>
 #include <fcntl.h>
 #include <sys/stat.h>

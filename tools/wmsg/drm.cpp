@@ -13,7 +13,6 @@
 #include <QtCore/QFile>
 #include <QtCore/QJsonDocument>
 
-#include <algorithm>
 #include <memory>
 #include <string>
 #include <vector>

@@ -8,7 +8,6 @@
 #include <QtCore/QtEndian>
 
 #include <algorithm>
-#include <array>
 #include <optional>
 
 using namespace Qt::StringLiterals;

@@ -7,7 +7,6 @@
 
 #include <QtCore/QCryptographicHash>
 #include <QtCore/QJsonArray>
-#include <QtCore/QJsonDocument>
 
 using namespace Qt::StringLiterals;
 

@@ -6,7 +6,6 @@
 #include "tools/wmsg/sms_run.h"
 
 #include <QtCore/QList>
-#include <QtCore/QString>
 
 class WSMSMsg;
 

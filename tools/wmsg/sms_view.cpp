@@ -7,7 +7,6 @@
 
 #include <sms/wsmsmsg.h>
 
-#include <QtCore/QDateTime>
 #include <QtCore/QStringList>
 
 using namespace Qt::StringLiterals;

@@ -17,7 +17,6 @@
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
 
-#include <algorithm>
 #include <utility>
 
 using namespace Qt::StringLiterals;
