@@ -156,6 +156,16 @@ std::optional<Text> readCountedText(WSP_Stream &stream)
     return result;
 }
 
+/// What `write` writes into a stream of so many bytes.
+template <typename Write> QByteArray written(qsizetype room, Write write)
+{
+    QByteArray out(room, Qt::Uninitialized);
+    WSP_Stream stream(out.data(), static_cast<qint32>(out.size()));
+    write(stream);
+    out.truncate(stream.pos);
+    return out;
+}
+
 } // namespace
 
 WSP_Stream streamOver(QByteArrayView bytes)
@@ -259,45 +269,39 @@ std::optional<quint32> readNumber(WSP_Stream &stream)
 QByteArray writtenText(const QByteArray &utf8)
 {
     constexpr qsizetype kQuoteAndEnd = 2;
-    QByteArray out(utf8.size() + kQuoteAndEnd, Qt::Uninitialized);
-    WSP_Stream stream(out.data(), static_cast<qint32>(out.size()));
-    stream.writeTextString(QString::fromUtf8(utf8));
-    out.truncate(stream.pos);
-    return out;
+    return written(utf8.size() + kQuoteAndEnd, [&utf8](WSP_Stream &stream) {
+        stream.writeTextString(QString::fromUtf8(utf8));
+    });
 }
 
 QByteArray writtenEncodedText(const QByteArray &utf8)
 {
     constexpr qsizetype kLengthCharsetQuoteAndEnd = 10;
-    QByteArray out(utf8.size() + kLengthCharsetQuoteAndEnd, Qt::Uninitialized);
-    WSP_Stream stream(out.data(), static_cast<qint32>(out.size()));
-    stream.writeEncodedString(QString::fromUtf8(utf8));
-    out.truncate(stream.pos);
-    return out;
+    return written(utf8.size() + kLengthCharsetQuoteAndEnd, [&utf8](WSP_Stream &stream) {
+        stream.writeEncodedString(QString::fromUtf8(utf8));
+    });
 }
 
 QByteArray writtenNumber(quint32 number)
 {
     constexpr qsizetype kMost = 5;
-    QByteArray out(kMost, Qt::Uninitialized);
-    WSP_Stream stream(out.data(), static_cast<qint32>(out.size()));
-    if (number <= 127) {
-        stream.writeInteger(static_cast<qint32>(number));
-    } else {
-        stream.writeLongInteger(number);
-    }
-    out.truncate(stream.pos);
-    return out;
+    return written(kMost, [number](WSP_Stream &stream) {
+        if (number <= 127) {
+            stream.writeInteger(static_cast<qint32>(number));
+        } else {
+            stream.writeLongInteger(number);
+        }
+    });
 }
 
 QByteArray withValueLength(const QByteArray &value)
 {
     constexpr qsizetype kMost = 6;
-    QByteArray out(kMost, Qt::Uninitialized);
-    WSP_Stream stream(out.data(), static_cast<qint32>(out.size()));
-    stream.writeValueLength(static_cast<qint32>(value.size()));
-    out.truncate(stream.pos);
-    return out + value;
+    return written(kMost,
+                   [&value](WSP_Stream &stream) {
+                       stream.writeValueLength(static_cast<qint32>(value.size()));
+                   })
+        + value;
 }
 
 QByteArray withoutQuotes(QByteArray text)
