@@ -5,7 +5,15 @@
 
 #include <QtCore/QRegularExpression>
 
+using namespace std::chrono_literals;
+
 namespace wmsg::telephonyd {
+
+namespace {
+
+constexpr auto kWatching = 1s;
+
+} // namespace
 
 GammuModem::GammuModem(const GammuSettings &settings, QObject *parent)
     : Modem(parent), m_worker(new GammuWorker(settings))
@@ -22,6 +30,8 @@ GammuModem::GammuModem(const GammuSettings &settings, QObject *parent)
     connect(m_worker, &GammuWorker::arrived, this, &Modem::arrived);
     connect(m_worker, &GammuWorker::forgotten, this, &Modem::forgotten);
     connect(m_worker, &GammuWorker::serviceCenterSet, this, &Modem::serviceCenterSet);
+    m_watch.setInterval(kWatching);
+    connect(&m_watch, &QTimer::timeout, this, [this] { m_worker->abortIfGone(); });
     m_thread.start();
 }
 
@@ -34,6 +44,7 @@ GammuModem::~GammuModem()
 
 void GammuModem::start()
 {
+    m_watch.start();
     Q_EMIT startWanted();
 }
 

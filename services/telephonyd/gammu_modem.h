@@ -7,6 +7,7 @@
 #include "services/telephonyd/gammu_worker.h"
 
 #include <QtCore/QThread>
+#include <QtCore/QTimer>
 
 namespace wmsg::telephonyd {
 
@@ -32,6 +33,7 @@ Q_SIGNALS: // to the thread
     void serviceCenterWanted(const QByteArray &number);
 
 private:
+    QTimer m_watch; // while the thread is in a call, nobody else sees that the modem is gone
     QThread m_thread;
     GammuWorker *m_worker; // belongs to the thread, and goes at its end
 };

@@ -98,6 +98,14 @@ void GammuWorker::abort()
     }
 }
 
+void GammuWorker::abortIfGone()
+{
+    const QMutexLocker lock(&m_machineLock);
+    if (m_machine && !isThere()) {
+        GSM_AbortOperation(m_machine.get());
+    }
+}
+
 void GammuWorker::start()
 {
     connectToModem();

@@ -23,7 +23,8 @@ namespace wmsg::telephonyd {
 
 /// GammuWorker talks to a modem through libgammu, which blocks: 0.7 seconds for a message, 4 and
 /// more to begin, minutes when a modem does not answer. It lives in a thread of its own with an
-/// event loop; all but abort() is called there. What it tells is what Modem tells.
+/// event loop; all but abort() and abortIfGone() is called there. What it tells is what Modem
+/// tells.
 ///
 /// libgammu has no descriptor to wait for, so the worker asks it 20 times a second whether
 /// something came, as long as there is a modem.
@@ -36,6 +37,9 @@ public:
 
     /// abort ends a call that blocks, and lets no other begin. Any thread may call it.
     void abort();
+    /// abortIfGone ends a call to a modem that was unplugged: libgammu would wait for minutes. Any
+    /// thread may call it.
+    void abortIfGone();
 
     void start();
     void send(const OutgoingSms &message);
@@ -77,7 +81,7 @@ private:
     std::atomic<bool> m_isAborted = false;
     QMutex m_machineLock; // held where the pointer changes, and where it is used from outside
     std::unique_ptr<GSM_StateMachine, Freer> m_machine;
-    DeviceIdentity m_device;
+    DeviceIdentity m_device; // changes only while there is no machine
     TAPI_MODEM_E m_state = TAPI_MODEM_ABSENT;
     QByteArray m_serviceCenter;
     QTimer m_polling;

@@ -296,6 +296,21 @@ private slots:
         forgetAll();
     }
 
+    /// Between the answers about one memory and the other, where libgammu has patience for minutes.
+    void vanishesWhileItIsRead()
+    {
+        const auto once = QObject::connect(m_modem.get(), &telephonyd::Modem::arrived, m_sim.get(),
+                                           [this] { m_sim->vanish(); });
+        QCOMPARE(m_sim->network().deliver(textDelivery("seen")), QString());
+        QTRY_COMPARE_WITH_TIMEOUT(m_ear->states.last(), int(TAPI_MODEM_ABSENT), kPatience);
+        QObject::disconnect(once);
+        QCOMPARE(m_sim->comeBack(), QString());
+        QTRY_COMPARE_WITH_TIMEOUT(m_ear->messages.size(), 2, kPatience);
+        QCOMPARE(m_ear->messages[1].place, m_ear->messages[0].place);
+        m_ear->messages.removeFirst();
+        forgetAll();
+    }
+
     void vanishesBehindAMessage()
     {
         const int before = m_sim->network().accepted();
