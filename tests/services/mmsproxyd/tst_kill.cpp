@@ -146,6 +146,7 @@ public:
     QList<QByteArray> texts; // of the messages that came
     QStringList problems;
     int asked = 0;
+    int reports = 0; // that a message was delivered
 
 private:
     void write(const QByteArray &bytes)
@@ -177,6 +178,8 @@ private:
             ++asked;
         } else if (type == 3) {
             receive(QString(reinterpret_cast<const QChar *>(extra.constData()), extra.size() / 2));
+        } else if (type == 7) {
+            ++reports;
         }
     }
     void receive(const QString &path)
@@ -209,11 +212,13 @@ private slots:
     void whileItSends();
     void whileItRetrieves();
     void whileItRetrievesWhatIsCutOff();
+    void whileItTellsAReport();
 
 private:
     static KilledExchange sends;
     static KilledExchange retrieves;
     static KilledExchange retrievesWhatIsCutOff;
+    static KilledExchange reports;
     static bool retrieve(World &world, int killAt, int killAgainAt, const QByteArray &text);
 };
 
@@ -356,6 +361,54 @@ void TestKill::whileItRetrieves()
 void TestKill::whileItRetrievesWhatIsCutOff()
 {
     killAtEveryStep(retrievesWhatIsCutOff, kLeastSteps, kStartSteps);
+}
+
+/// Tells a session of a delivery report. Nobody confirms one, so a daemon that is killed may tell
+/// it again; it is never lost once the pusher has heard that it is taken.
+bool TestKill::reports(int killAt, int killAgainAt)
+{
+    World world;
+    bool wasKilled = false;
+    bool isPushed = false;
+    int told = 0;
+    int lives = 0;
+    for (const int at : {killAt, killAgainAt, 0}) {
+        Life life(world, at);
+        Application application(world);
+        application.ask();
+        PushOutcome outcome;
+        std::unique_ptr<PushRequest> push;
+        if (!isPushed) {
+            push = std::make_unique<PushRequest>(world.path("push"), deliveryReport("M1"), 60s);
+            QObject::connect(push.get(), &PushRequest::finished, push.get(),
+                             [&outcome](const PushOutcome &said) { outcome = said; });
+        }
+        const auto isDone = [&] {
+            isPushed = isPushed || outcome.kind == PushOutcome::Taken;
+            return isPushed && told + application.reports > 0;
+        };
+        const bool done = QTest::qWaitFor([&] { return life.hasEnded() || isDone(); }, kPatience);
+        QTest::qVerify(done, "done", "the report is lost", __FILE__, __LINE__);
+        const int exitCode = life.stop();
+        QTest::qVerify(at != 0 || exitCode == 0, "stop", "it does not end well", __FILE__,
+                       __LINE__);
+        QCoreApplication::processEvents(); // what was said before it died
+        (void)isDone();
+        wasKilled = wasKilled || (at == killAt && life.wasKilled());
+        told += application.reports;
+        ++lives;
+    }
+    QTest::qVerify(told >= 1 && told <= lives, "told",
+                   QByteArray("told " + QByteArray::number(told) + " times").constData(), __FILE__,
+                   __LINE__);
+    QTest::qVerify(world.filesIn("kept").isEmpty(), "kept", "kept aside", __FILE__, __LINE__);
+    return wasKilled;
+}
+
+void TestKill::whileItTellsAReport()
+{
+    constexpr int kLeastOfAReport = 8;
+    killAtEveryStep(reports, kLeastOfAReport, kStartSteps);
 }
 
 QTEST_GUILESS_MAIN(TestKill)
