@@ -24,13 +24,11 @@ foreach(program wmsg-telephonyd wmsg-sim-modem)
     endif()
 endforeach()
 set(pages ${PROJECT_BINARY_DIR}/man)
-set(page_additions ${PROJECT_SOURCE_DIR}/docs/man)
-file(GLOB additions CONFIGURE_DEPENDS ${page_additions}/*.h2m)
 list(TRANSFORM programs REPLACE ".+" "$<TARGET_FILE:\\0>" OUTPUT_VARIABLE program_files)
 add_custom_command(OUTPUT ${pages}.made
-    COMMAND ${PROJECT_SOURCE_DIR}/cmake/make_man_pages.py ${HELP2MAN} ${page_additions} ${pages} ${program_files}
+    COMMAND ${PROJECT_SOURCE_DIR}/cmake/make_man_pages.py ${HELP2MAN} ${pages} ${program_files}
     COMMAND ${CMAKE_COMMAND} -E touch ${pages}.made
-    DEPENDS ${programs} ${additions} ${PROJECT_SOURCE_DIR}/cmake/make_man_pages.py
+    DEPENDS ${programs} ${PROJECT_SOURCE_DIR}/cmake/make_man_pages.py
     COMMENT "Making the manual pages" VERBATIM)
 add_custom_target(man_pages ALL DEPENDS ${pages}.made)
 install(DIRECTORY ${pages}/ DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 FILES_MATCHING PATTERN "*.1")

@@ -5,9 +5,9 @@
 """Writes the manual pages of programs from their own --help, one for each program and one for each of its
 subcommands, so that a page says what the program says.
 
-    make_man_pages.py HELP2MAN INCLUDES FOLDER PROGRAM...
+    make_man_pages.py HELP2MAN FOLDER PROGRAM...
 
-A file PAGE.h2m in the folder INCLUDES adds to a page what --help has no room for. Every page points to the others.
+Every page points to the others.
 """
 
 import os
@@ -21,6 +21,7 @@ SUBCOMMAND = re.compile(r"^  ([a-z][a-z-]*)(?=\s|$)")
 BOTH_NAMES = re.compile(r"\\fB\\-(\w)\\fR,\\-\\-([\w\\-]+)")
 
 TITLE = re.compile(r"^\.TH \S+", re.MULTILINE)
+EXIT_CODES = re.compile(r"^(?:\.PP\n)?Exit codes: ", re.MULTILINE)
 NAME = re.compile(r"^(\.SH NAME\n).*( \\- )", re.MULTILINE)
 
 
@@ -73,32 +74,32 @@ def escaped(name):
     return name.replace("-", r"\-")
 
 
-def write(help2man, includes, folder, words, text, others):
+def write(help2man, folder, words, text, others):
     page = name_of(words)
     command = [help2man, "--no-info", "--section=1", f"--name={about(text)}",
-               "--help-option=" + " ".join([*words[1:], "--help"]), f"--opt-include={includes / page}.h2m"]
+               "--help-option=" + " ".join([*words[1:], "--help"])]
     roff = subprocess.run([*command, words[0]], check=True, capture_output=True, text=True, env=READER).stdout
     roff = BOTH_NAMES.sub(r"\\fB\\-\1\\fR, \\fB\\-\\-\2\\fR", roff)
     roff = TITLE.sub(lambda head: f'.TH "{escaped(page.upper())}"', roff, count=1)
     roff = NAME.sub(lambda head: head[1] + escaped(page) + head[2], roff, count=1)
-    roff = roff.replace(".PP\nExit codes: ", '.SH "EXIT STATUS"\n', 1)
+    roff = EXIT_CODES.sub('.SH "EXIT STATUS"\n', roff, count=1)
     see = ",\n".join(f".BR {escaped(other)} (1)" for other in others if other != page)
     (folder / f"{page}.1").write_text(f'{roff}.SH "SEE ALSO"\n{see}\n', encoding="utf-8")
 
 
 def main():
-    if len(sys.argv) < 5:
+    if len(sys.argv) < 4:
         sys.exit(__doc__)
-    help2man, includes, folder = sys.argv[1], pathlib.Path(sys.argv[2]), pathlib.Path(sys.argv[3])
+    help2man, folder = sys.argv[1], pathlib.Path(sys.argv[2])
     folder.mkdir(parents=True, exist_ok=True)
     for old in folder.glob("*.1"):
         old.unlink()
-    wanted = [(words, text) for program in sys.argv[4:] for words, text in pages(program)]
-    programs = [pathlib.Path(program).name for program in sys.argv[4:]]
+    wanted = [(words, text) for program in sys.argv[3:] for words, text in pages(program)]
+    programs = [pathlib.Path(program).name for program in sys.argv[3:]]
     for words, text in wanted:
         below = [name_of(other) for other, _ in wanted if other[:-1] == words]
         above = [name_of(words[:-1])] if len(words) > 1 else programs
-        write(help2man, includes, folder, words, text, sorted({*below, *above}))
+        write(help2man, folder, words, text, sorted({*below, *above}))
 
 
 if __name__ == "__main__":
