@@ -107,14 +107,15 @@ struct World {
 /// One life of the daemon.
 class Life : public Program {
 public:
-    Life(const World &world, int killAt)
+    Life(const World &world, int killAt, const QString &retrieval = "immediate")
     {
         process().setProcessEnvironment(killedAt(killAt));
         process().setStandardErrorFile(world.path("log"), QIODevice::Append);
         start(WMSG_MMSPROXYD,
               {"--proxy-socket", world.path("proxy"), "--settings-socket", world.path("settings"),
                "--push-socket", world.path("push"), "--spool", world.path("spool"), "--mmsc",
-               world.mmsc.url(), "--retry", "0.1,0.1,0.1,0.1", "--telephony", "no"});
+               world.mmsc.url(), "--retry", "0.1,0.1,0.1,0.1", "--telephony", "no", "--retrieval",
+               retrieval});
         m_isReady = !line().isEmpty() && !hasEnded();
     }
 
@@ -139,6 +140,8 @@ public:
         const int size = int(path.size() * 2);
         write(record::words({1, size, 7, size, 0}) + record::units(path));
     }
+    /// Asks for each message that it is told of.
+    void askForAnnounced(const QString &uri) { m_wanted = uri; }
     /// Asks for something that ends at once; `asked` tells when.
     void ask() { write(record::words({6, 0, 9, 12345})); }
 
@@ -178,6 +181,9 @@ private:
             ++asked;
         } else if (type == 3) {
             receive(QString(reinterpret_cast<const QChar *>(extra.constData()), extra.size() / 2));
+        } else if (type == 6 && !m_wanted.isEmpty()) {
+            const int size = int(m_wanted.size() * 2);
+            write(record::words({4, size, 8, size, 0}) + record::units(m_wanted));
         } else if (type == 7) {
             ++reports;
         }
@@ -199,6 +205,7 @@ private:
 
     QLocalSocket m_socket;
     QByteArray m_received;
+    QString m_wanted;
 };
 
 } // namespace
@@ -212,12 +219,14 @@ private slots:
     void whileItSends();
     void whileItRetrieves();
     void whileItRetrievesWhatIsCutOff();
+    void whileItRetrievesWhatIsAskedFor();
     void whileItTellsAReport();
 
 private:
     static KilledExchange sends;
     static KilledExchange retrieves;
     static KilledExchange retrievesWhatIsCutOff;
+    static KilledExchange retrievesWhatIsAskedFor;
     static KilledExchange reports;
     static bool retrieve(World &world, int killAt, int killAgainAt, const QByteArray &text);
 };
@@ -361,6 +370,57 @@ void TestKill::whileItRetrieves()
 void TestKill::whileItRetrievesWhatIsCutOff()
 {
     killAtEveryStep(retrievesWhatIsCutOff, kLeastSteps, kStartSteps);
+}
+
+/// Retrieves what a session asks for when it is told of it. Each life of the daemon tells of it
+/// anew, unless it was asked for before.
+bool TestKill::retrievesWhatIsAskedFor(int killAt, int killAgainAt)
+{
+    World world;
+    const QString uri = world.mmsc.url("/message");
+    bool wasKilled = false;
+    bool isPushed = false;
+    QList<QByteArray> texts;
+    for (const int at : {killAt, killAgainAt, 0}) {
+        Life life(world, at, "deferred");
+        Application application(world);
+        application.askForAnnounced(uri);
+        application.ask();
+        PushOutcome outcome;
+        std::unique_ptr<PushRequest> push;
+        if (!isPushed) {
+            push =
+                std::make_unique<PushRequest>(world.path("push"), notificationOf("T1", uri), 60s);
+            QObject::connect(push.get(), &PushRequest::finished, push.get(),
+                             [&outcome](const PushOutcome &told) { outcome = told; });
+        }
+        const auto isDone = [&] {
+            isPushed = isPushed || outcome.kind == PushOutcome::Taken;
+            return isPushed && texts.size() + application.texts.size() > 0
+                && world.filesIn("handed").isEmpty();
+        };
+        const bool done = QTest::qWaitFor([&] { return life.hasEnded() || isDone(); }, kPatience);
+        QTest::qVerify(done, "done", "the message gets nowhere", __FILE__, __LINE__);
+        const int exitCode = life.stop();
+        QTest::qVerify(at != 0 || exitCode == 0, "stop", "it does not end well", __FILE__,
+                       __LINE__);
+        QCoreApplication::processEvents(); // what was said before it died
+        (void)isDone();
+        wasKilled = wasKilled || (at == killAt && life.wasKilled());
+        texts += application.texts;
+        QTest::qVerify(application.problems.isEmpty(), "problems",
+                       qPrintable(application.problems.join(", ")), __FILE__, __LINE__);
+    }
+    QTest::qVerify(texts == QList<QByteArray>{"hello"}, "texts",
+                   QByteArray("came " + QByteArray::number(texts.size()) + " times").constData(),
+                   __FILE__, __LINE__);
+    QTest::qVerify(world.filesIn("kept").isEmpty(), "kept", "kept aside", __FILE__, __LINE__);
+    return wasKilled;
+}
+
+void TestKill::whileItRetrievesWhatIsAskedFor()
+{
+    killAtEveryStep(retrievesWhatIsAskedFor, kLeastSteps, kStartSteps);
 }
 
 /// Tells a session of a delivery report. Nobody confirms one, so a daemon that is killed may tell
