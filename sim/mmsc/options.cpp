@@ -116,7 +116,7 @@ QString problemOf(const Options &options)
     QString address;
     QString way;
     for (const std::string &subscriber : options.subscribers) {
-        const QString problem = readSubscriber(subscriber, address, way);
+        QString problem = readSubscriber(subscriber, address, way);
         if (!problem.isEmpty()) {
             return problem;
         }
