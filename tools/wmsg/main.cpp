@@ -18,16 +18,28 @@
 
 #include <cstdio>
 #include <exception>
+#include <string>
+#include <vector>
 
 namespace {
 
 constexpr const char *kFooter = "Exit codes: 0 fine; 1 bad input, with a line on standard error "
                                 "that says what and where; 2 wrong usage.";
 
-int complainOfUsage(const CLI::Error &error)
+/// The parser's words; but where a subcommand is asked for and something else was typed, that is
+/// it.
+QString problemOf(const CLI::Error &error, const CLI::App &program)
 {
-    wmsg::cli::complain(QString::fromUtf8(error.what()) + QStringLiteral(" (see wmsg --help)"));
-    return wmsg::cli::ExitUsage;
+    const CLI::App *last = &program;
+    while (!last->get_subcommands().empty()) {
+        last = last->get_subcommands().front();
+    }
+    const std::vector<std::string> unknown = program.remaining(true);
+    if (last->get_require_subcommand_min() == 0 || unknown.empty()) {
+        return QString::fromUtf8(error.what());
+    }
+    return QStringLiteral("\"%1\" is neither a subcommand nor an option")
+        .arg(QString::fromStdString(unknown.front()));
 }
 
 int run(int argc, char **argv)
@@ -53,7 +65,8 @@ int run(int argc, char **argv)
     } catch (const CLI::Success &wish) {
         return program.exit(wish); // help or the version
     } catch (const CLI::ParseError &error) {
-        return complainOfUsage(error);
+        wmsg::cli::complain(problemOf(error, program) + QStringLiteral(" (see wmsg --help)"));
+        return wmsg::cli::ExitUsage;
     }
     return exitCode;
 }

@@ -120,23 +120,32 @@ void TestCommandLine::help()
 void TestCommandLine::wrongUsage_data()
 {
     QTest::addColumn<QStringList>("arguments");
-    QTest::newRow("nothing") << QStringList{};
-    QTest::newRow("unknown subcommand") << QStringList{"show"};
-    QTest::newRow("unknown option") << QStringList{"--colour"};
-    QTest::newRow("decode without a file") << QStringList{"decode"};
-    QTest::newRow("decode with an unknown option") << QStringList{"decode", "--colour", "x"};
-    QTest::newRow("both views") << QStringList{"decode", "--json", "--hex", "x"};
-    QTest::newRow("size in words") << QStringList{"decode", "--max-size", "much", "x"};
-    QTest::newRow("folder missing") << QStringList{"decode", "x", "--extract"};
+    QTest::addColumn<QString>("named");
+    const char *const unknown = "is neither a subcommand nor an option";
+    QTest::newRow("nothing") << QStringList{} << "A subcommand is required";
+    QTest::newRow("unknown subcommand") << QStringList{"show"} << QString("\"show\" ") + unknown;
+    QTest::newRow("unknown below another")
+        << QStringList{"store", "show-all"} << QString("\"show-all\" ") + unknown;
+    QTest::newRow("unknown option")
+        << QStringList{"--colour"} << QString("\"--colour\" ") + unknown;
+    QTest::newRow("decode without a file") << QStringList{"decode"} << "FILE";
+    QTest::newRow("decode with an unknown option")
+        << QStringList{"decode", "--colour", "x"} << "--colour";
+    QTest::newRow("both views") << QStringList{"decode", "--json", "--hex", "x"} << "--json";
+    QTest::newRow("size in words")
+        << QStringList{"decode", "--max-size", "much", "x"} << "--max-size";
+    QTest::newRow("folder missing") << QStringList{"decode", "x", "--extract"} << "--extract";
 }
 
 void TestCommandLine::wrongUsage()
 {
     QFETCH(QStringList, arguments);
+    QFETCH(QString, named);
     const Run run = Desk().run(arguments);
     QCOMPARE(run.exitCode, 2);
     QCOMPARE(run.out, QString());
     QVERIFY2(run.errorLine().startsWith("wmsg: "), qPrintable(run.err));
+    QVERIFY2(run.errorLine().contains(named), qPrintable(run.err));
 }
 
 void TestCommandLine::manualNamesEveryOption()
