@@ -31,7 +31,7 @@ ROOMS = ("core/", "drm/", "mms/", "platform/", "qt2/", "services/", "sim/", "sms
          "util/")
 
 # What the compiler understands and the analyser does not, or must not see.
-FOREIGN = re.compile(r"-fsanitize\S*|-fno-sanitize\S*|-Winvalid-pch|-include \S*cmake_pch\S*|-Werror\b")
+FOREIGN = re.compile(r"-fsanitize\S*|-fno-sanitize\S*|-Winvalid-pch|-fno-ipa-sra|-include \S*cmake_pch\S*|-Werror\b")
 CONFIG = lint_files.ROOT / ".clang-tidy"
 OUTPUT = re.compile(r" -o \S+ -c \S+$")
 
