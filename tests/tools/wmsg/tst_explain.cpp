@@ -362,6 +362,11 @@ void TestExplain::incomplete()
     QVERIFY(
         run.out.startsWith("m line 5: received short message in 3 parts, of which 2 are there"));
     QCOMPARE(desk.run({"decode", "--json", "m"}).json()["whole"], QJsonValue(false));
+    desk.write("n", logOf({three[1]}));
+    const Run one = desk.run({"decode", "n"});
+    QCOMPARE(one.errorLine(),
+             "wmsg: n line 3: the message is not whole: there is no part 1, 3 of 3");
+    QVERIFY(one.out.startsWith("n line 3: received short message in 3 parts, of which 1 is there"));
 }
 
 void TestExplain::brokenLine()
