@@ -110,6 +110,9 @@ function(wmsg_keep_small target)
         $<$<CONFIG:Release>:-O2>
         # Each object would have its own copy of what templates share, changed to its taste.
         $<$<CXX_COMPILER_ID:GNU>:-fno-ipa-sra>)
+    # What holds for calls within an object (see wmsg_compile_options) holds for those between them. Applications
+    # compare addresses of signals: those of Qt are built with -fPIC, and have the addresses of the library.
+    target_link_options(${target} PRIVATE -Wl,-Bsymbolic-functions)
     wmsg_check_packing()
     if(WMSG_PACKS_RELOCATIONS)
         target_link_options(${target} PRIVATE -Wl,-z,pack-relative-relocs)
