@@ -38,11 +38,17 @@ add_test(NAME installed_package
 set_tests_properties(installed_package PROPERTIES LABELS lint TIMEOUT 600 FIXTURES_SETUP installed)
 
 # The examples are built against it and run. They have the sockets of the proxy daemon to themselves.
-add_test(NAME examples
-    COMMAND Python3::Interpreter ${PROJECT_SOURCE_DIR}/tests/package/examples.py
+add_test(NAME examples_build
+    COMMAND Python3::Interpreter ${PROJECT_SOURCE_DIR}/tests/package/examples.py build
         ${PROJECT_BINARY_DIR} ${CMAKE_INSTALL_LIBDIR} ${CMAKE_CXX_COMPILER} "${CMAKE_CXX_FLAGS}")
+set_tests_properties(examples_build PROPERTIES
+    TIMEOUT 600 FIXTURES_REQUIRED installed FIXTURES_SETUP examples_built)
+add_test(NAME examples
+    COMMAND Python3::Interpreter ${PROJECT_SOURCE_DIR}/tests/package/examples.py run
+        ${PROJECT_BINARY_DIR} ${CMAKE_INSTALL_LIBDIR})
 set_tests_properties(examples PROPERTIES
-    TIMEOUT 600 FIXTURES_REQUIRED installed RESOURCE_LOCK mmsproxy)
+    TIMEOUT 600 FIXTURES_REQUIRED "installed;examples_built" RESOURCE_LOCK mmsproxy)
+wmsg_shorten_pauses(examples)
 
 # The Debian packages are built and tried in a bare root, with nothing of this build: scripts/test --packages.
 option(WMSG_PACKAGES "Test the Debian packages" OFF)

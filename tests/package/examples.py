@@ -5,7 +5,8 @@
 """Builds the examples against what tests/package/run.py installed, and runs each of them with the installed
 programs: beside a box, with a slow network where something is cancelled.
 
-    examples.py BUILD-FOLDER LIBRARY-FOLDER COMPILER FLAGS
+    examples.py build BUILD-FOLDER LIBRARY-FOLDER COMPILER FLAGS
+    examples.py run BUILD-FOLDER LIBRARY-FOLDER
 """
 
 import json
@@ -195,7 +196,8 @@ def show(world, picture):
         print("the messenger is not built: there is no Qt Quick", flush=True)
         return
     shot = world.work / "messenger.png"
-    world.environment.update(QT_QUICK_BACKEND="software", XDG_RUNTIME_DIR=str(world.work), ASAN_OPTIONS="detect_leaks=0")
+    world.environment.update(QT_QUICK_BACKEND="software", XDG_RUNTIME_DIR=str(world.work),
+                             ASAN_OPTIONS=":".join([os.environ.get("ASAN_OPTIONS", ""), "detect_leaks=0"]))
     code, output, errors = world.run(program, "--to", "+15550100", "--text", "Look what I found on the way home",
                                      "--picture", picture, "--grab", shot)
     require(code == 0, f"the messenger ended with {code}: {output}{errors}")
@@ -204,18 +206,8 @@ def show(world, picture):
     require(count > 2000, f"{count} points of the sun are in the window")
 
 
-def main():
-    if len(sys.argv) != 5:
-        sys.exit(__doc__)
-    folder, libraries, compiler, flags = sys.argv[1:]
-    installed = pathlib.Path(folder).resolve() / "installed_package"
-    work = installed / "examples"
-    shutil.rmtree(work, ignore_errors=True)
-    work.mkdir()
-    world = World(work, installed / "prefix", libraries)
+def run_all(world):
     try:
-        read_lengths()
-        build(world, compiler, flags)
         mail = keep(world)
         box(world, "send 2 up-rate=2000")
         picture = a_picture(world)
@@ -226,6 +218,21 @@ def main():
         show(world, picture)
     finally:
         world.stop()
+
+
+def main():
+    if (len(sys.argv), *sys.argv[1:2]) not in ((6, "build"), (4, "run")):
+        sys.exit(__doc__)
+    action, folder, libraries, *compiling = sys.argv[1:]
+    installed = pathlib.Path(folder).resolve() / "installed_package"
+    world = World(installed / "examples", installed / "prefix", libraries)
+    if action == "build":
+        shutil.rmtree(world.work, ignore_errors=True)
+        world.work.mkdir()
+        read_lengths()
+        build(world, *compiling)
+    else:
+        run_all(world)
 
 
 if __name__ == "__main__":
