@@ -164,12 +164,14 @@ private:
         static const QMap<int, int> kWords = {{1, 4}, {2, 3}, {3, 1}, {4, 3},
                                               {5, 2}, {6, 2}, {7, 5}};
         while (m_received.size() >= 8) {
-            const qsizetype size = 8 + kWords.value(number(0)) * 4 + number(1);
+            const int type = number(m_received, 0);
+            const int extra = number(m_received, 1);
+            const qsizetype size = 8 + kWords.value(type) * 4 + extra;
             if (m_received.size() < size) {
                 return;
             }
             const QByteArray event = m_received.left(size);
-            take(number(0), number(2), number(5), event.last(number(1)));
+            take(type, number(event, 2), number(event, 5), event.last(extra));
             m_received.remove(0, size);
         }
     }
@@ -201,7 +203,12 @@ private:
             problems.append("what was delivered cannot be removed");
         }
     }
-    int number(int n) const { return qFromUnaligned<qint32>(m_received.constData() + 4 * n); }
+    /// The nth number; 0 where there are not so many, as in some events.
+    static int number(const QByteArray &bytes, int n)
+    {
+        const QByteArray found = bytes.mid(4 * n, 4);
+        return found.size() == 4 ? qFromUnaligned<qint32>(found.constData()) : 0;
+    }
 
     QLocalSocket m_socket;
     QByteArray m_received;
