@@ -215,6 +215,24 @@ private:
     QString m_wanted;
 };
 
+/// A push to the daemon, unless it was taken in an earlier life; notes when it is.
+class Push {
+public:
+    Push(const World &world, const QByteArray &pdu, bool &isTaken)
+    {
+        if (!isTaken) {
+            m_request = std::make_unique<PushRequest>(world.path("push"), pdu, 60s);
+            QObject::connect(m_request.get(), &PushRequest::finished, m_request.get(),
+                             [&isTaken](const PushOutcome &outcome) {
+                                 isTaken = outcome.kind == PushOutcome::Taken;
+                             });
+        }
+    }
+
+private:
+    std::unique_ptr<PushRequest> m_request;
+};
+
 } // namespace
 
 class TestKill : public QObject {
@@ -319,15 +337,8 @@ bool TestKill::retrieve(World &world, int killAt, int killAgainAt, const QByteAr
         Life life(world, at);
         Application application(world);
         application.ask();
-        PushOutcome outcome;
-        std::unique_ptr<PushRequest> push;
-        if (!isPushed) {
-            push = std::make_unique<PushRequest>(world.path("push"), notice, 60s);
-            QObject::connect(push.get(), &PushRequest::finished, push.get(),
-                             [&outcome](const PushOutcome &told) { outcome = told; });
-        }
+        const Push push(world, notice, isPushed);
         const auto isDone = [&] {
-            isPushed = isPushed || outcome.kind == PushOutcome::Taken;
             return isPushed && texts.size() + application.texts.size() > 0
                 && !world.mmsc.answers.isEmpty() && world.filesIn("handed").isEmpty();
         };
@@ -351,7 +362,6 @@ bool TestKill::retrieve(World &world, int killAt, int killAgainAt, const QByteAr
         QTest::qVerify(at != 0 || exitCode == 0, "stop", "it does not end well", __FILE__,
                        __LINE__);
         QCoreApplication::processEvents(); // what was said before it died
-        (void)isDone();
         wasKilled = wasKilled || (at == killAt && life.wasKilled());
         texts += application.texts;
         problems += application.problems;
@@ -393,16 +403,8 @@ bool TestKill::retrievesWhatIsAskedFor(int killAt, int killAgainAt)
         Application application(world);
         application.askForAnnounced(uri);
         application.ask();
-        PushOutcome outcome;
-        std::unique_ptr<PushRequest> push;
-        if (!isPushed) {
-            push =
-                std::make_unique<PushRequest>(world.path("push"), notificationOf("T1", uri), 60s);
-            QObject::connect(push.get(), &PushRequest::finished, push.get(),
-                             [&outcome](const PushOutcome &told) { outcome = told; });
-        }
+        const Push push(world, notificationOf("T1", uri), isPushed);
         const auto isDone = [&] {
-            isPushed = isPushed || outcome.kind == PushOutcome::Taken;
             return isPushed && texts.size() + application.texts.size() > 0
                 && world.filesIn("handed").isEmpty();
         };
@@ -412,7 +414,6 @@ bool TestKill::retrievesWhatIsAskedFor(int killAt, int killAgainAt)
         QTest::qVerify(at != 0 || exitCode == 0, "stop", "it does not end well", __FILE__,
                        __LINE__);
         QCoreApplication::processEvents(); // what was said before it died
-        (void)isDone();
         wasKilled = wasKilled || (at == killAt && life.wasKilled());
         texts += application.texts;
         QTest::qVerify(application.problems.isEmpty(), "problems",
@@ -443,15 +444,8 @@ bool TestKill::reports(int killAt, int killAgainAt)
         Life life(world, at);
         Application application(world);
         application.ask();
-        PushOutcome outcome;
-        std::unique_ptr<PushRequest> push;
-        if (!isPushed) {
-            push = std::make_unique<PushRequest>(world.path("push"), deliveryReport("M1"), 60s);
-            QObject::connect(push.get(), &PushRequest::finished, push.get(),
-                             [&outcome](const PushOutcome &said) { outcome = said; });
-        }
+        const Push push(world, deliveryReport("M1"), isPushed);
         const auto isDone = [&] {
-            isPushed = isPushed || outcome.kind == PushOutcome::Taken;
             return isPushed && told + application.reports > 0;
         };
         const bool done = QTest::qWaitFor([&] { return life.hasEnded() || isDone(); }, kPatience);
@@ -460,7 +454,6 @@ bool TestKill::reports(int killAt, int killAgainAt)
         QTest::qVerify(at != 0 || exitCode == 0, "stop", "it does not end well", __FILE__,
                        __LINE__);
         QCoreApplication::processEvents(); // what was said before it died
-        (void)isDone();
         wasKilled = wasKilled || (at == killAt && life.wasKilled());
         told += application.reports;
         ++lives;
